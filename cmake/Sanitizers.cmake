@@ -1,0 +1,5 @@
+# ZEPH_SANITIZE=ON: AddressSanitizer + UndefinedBehaviorSanitizer for everything built here.
+if(ZEPH_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,50 @@
+// The system's user-facing texts (resource strings), exactly as the spec writes them.
+// "\r\n" in the spec is a carriage return and a line feed. One place, so that front ends
+// and tests use the same text the system shows.
+#pragma once
+
+// Part 1.2: name validation.
+inline constexpr const char sProfileNameBlank[] = "Profile name cannot be blank";
+inline constexpr const char sInvalidProfileName[] =
+    "'%s' is not a valid profile name.  A profile name must be a valid filename";
+inline constexpr const char sDuplicateProfileName[] = "A profile named '%s' already exists";
+
+// Part 2.2: import over an existing profile.
+inline constexpr const char sConfirmImportOverwrite[] =
+    "%s.\r\n\r\nImporting this profile will overwrite the existing profile.  Are you sure you want to import this "
+    "profile?";
+
+// Part 2.3: default-path files.
+inline constexpr const char sNotApplicableForDefaultPaths[] = "Not-applicable for default profile paths";
+inline constexpr const char sSavedDefaultPaths[] = "Saved default paths to %s";
+
+// Part 3.1: connection test and operation frame.
+inline constexpr const char sConnectionSucceeded[] = "Connection to '%s' on port %d succeeded";
+inline constexpr const char sConnectionFailed[] =
+    "Connection to '%s' on port %d failed.\r\n\r\nPlease make sure that 'Hestrel' is running on the host machine and "
+    "is configured to use port %1:d";
+inline constexpr const char sConnectingToRemoteMachine[] = "Connecting to remote machine";
+
+// Part 3.2: file transfer.
+inline constexpr const char sCopiedBytes[] = "Copied %d of %d bytes";
+inline constexpr const char sReceivedBytes[] = "Received %d of %d bytes";
+inline constexpr const char sUpdatingRemoteFiles[] = "Updating Remote Files";
+inline constexpr const char sUpdatingFilesOnRemote[] = "Updating files on remote machine";
+inline constexpr const char sCopyingToRemote[] = "Copying '%s' to remote machine";
+inline constexpr const char sRemovingRemoteFiles[] = "Removing Remote Files";
+inline constexpr const char sRemovingFilesOnRemote[] = "Removing files on remote machine";
+inline constexpr const char sRemovedFile[] = "Removed file '%s'";
+inline constexpr const char sCopyingFile[] = "Copying file";
+inline constexpr const char sOverwriteQuestionShort[] =
+    "File '%s' already exists.\r\nReplace file modified on %s\r\nwith file modified on %s?";
+inline constexpr const char sOverwriteQuestionLong[] =
+    "File '%s' already exists.\r\nReplace %d byte(s) file modified on %s\r\nwith %d byte(s) file modified on %s?";
+
+// Part 3.3: SDK file cache.
+inline constexpr const char sUpdatingLocalFileCache[] = "Updating Local File Cache";
+inline constexpr const char sUpdatingFilesFromRemote[] = "Updating files from remote machine";
+inline constexpr const char sUpdatedFilesFromRemotePath[] = "Updated files from remote path '%s'";
+
+// Part 4.1.
+inline constexpr const char sProfileRequired[] =
+    "A connection profile is required for this operation but has not been assigned.";

@@ -1,0 +1,22 @@
+// The host environment (Overview "Platform interfaces"): directories, the environment
+// variable list and root macros (Parts 2.2, 2.3, 3.1, 3.3, 7.1).
+#pragma once
+
+#include <memory>
+#include <string>
+
+class IOTAEnvironment {
+ public:
+  virtual ~IOTAEnvironment() = default;
+  /// The host's per-user application-data directory (profile files, default-path files).
+  virtual std::string fnAppDataDir() const = 0;
+  /// The user's base documents directory of the host.
+  virtual std::string fnBaseDocumentsDir() const = 0;
+  /// The value of an environment variable as the host sees it ("" when unset).
+  virtual std::string GetVariable(const std::string& Name) const = 0;
+  /// Declares a variable with its default value in the host's variable list (Part 7.1).
+  virtual void AddVariable(const std::string& Name, const std::string& DefaultValue) = 0;
+  /// Expands the host's root macros ("$(NAME)") in Text (Part 3.1 GetClient).
+  virtual std::string ExpandRootMacro(const std::string& Text) const = 0;
+};
+using IOTAEnvironmentPtr = std::shared_ptr<IOTAEnvironment>;

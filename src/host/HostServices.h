@@ -1,0 +1,32 @@
+// How the system reaches its host: one process-wide set of host interfaces, installed
+// by the host at start (the reference Linux host, or a test's doubles). Any member may be
+// nullptr; each Part says what happens without it (e.g. Part 2.3: no platform services,
+// no display name). The system never includes a concrete host.
+#pragma once
+
+#include <memory>
+
+#include "host/AgentClient.h"
+#include "host/CustomIniFile.h"
+#include "host/EnvFileWriter.h"
+#include "host/Environment.h"
+#include "host/MessageBox.h"
+#include "host/Platforms.h"
+#include "host/ProgressDisplay.h"
+#include "host/Projects.h"
+
+struct THostServices {
+  TCustomIniFilePtr AppIniFile;            ///< the settings store RemoteProfileMgr is created with
+  IOTAPlatformServicesPtr Platforms;       ///< platform identifiers and display names
+  IOTAMessageServicesPtr Messages;         ///< message boxes
+  IOTAProjectServicesPtr Projects;         ///< the open project group
+  IOTAEnvFileWriterPtr EnvFileWriter;      ///< the build-environment file
+  IOTAEnvironmentPtr Environment;          ///< directories, variables, root macros
+  TRAClientFactoryPtr AgentLibrary;        ///< the remote-agent client library
+  IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm (Parts 3.1, 6.4)
+};
+
+/// The installed host (empty members before SetHostServices).
+const THostServices& HostServices();
+/// Installs a host; answers the previous one so a test can put it back.
+THostServices SetHostServices(THostServices Services);
