@@ -51,8 +51,9 @@ TRAClientPtr TRemoteProfile::NewClient() const { return CreateProfileClient(*thi
 
 TRAClientPtr TRemoteProfile::GetClient(const IOTAPlatformSDKPtr& SDK, bool SetSysRoot) {
   if (!FClient) FClient = NewClient();
+  if (!FClient) return nullptr;  // no agent library: no client, and no use to count
   // Also for a client that already existed: the SDK of this operation decides the root.
-  if (SetSysRoot && SDK && FClient) FClient->SetSysRoot(SysRootFromSDK(*SDK));
+  if (SetSysRoot && SDK) FClient->SetSysRoot(SysRootFromSDK(*SDK));
   ++FClientUseCount;
   return FClient;
 }
