@@ -48,3 +48,13 @@ inline constexpr const char sUpdatedFilesFromRemotePath[] = "Updated files from 
 // Part 4.1.
 inline constexpr const char sProfileRequired[] =
     "A connection profile is required for this operation but has not been assigned.";
+
+// Parts 6.1, 6.2: options page and new-profile wizard.
+inline constexpr const char sDeleteProfileQuestion[] = "Are you sure you want to delete the profile named '%s'?";
+inline constexpr const char sSpecifyPlatform[] = "Please specify a Platform for this profile";
+inline constexpr const char sImportedInvalidPlatform[] = "The imported profile has an invalid platform";
+// The reference host's own checks that Parts 6.1 and 6.2 call (their texts are the host's).
+inline constexpr const char sHostFileOverwrite[] = "File '%s' already exists.  Do you want to replace it?";
+inline constexpr const char sHostInvalidPort[] = "'%s' is not a valid port number (a whole number from 0 to 65535)";
+inline constexpr const char sHostNameBlank[] = "Host name cannot be blank";
+inline constexpr const char sHostPathItemBlank[] = "The path and the file mask of a path item cannot be blank";

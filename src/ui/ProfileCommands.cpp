@@ -1,0 +1,198 @@
+// Parts 6.1 and 6.2: the options page's and the wizard's profile commands, toolkit-free.
+#include "ui/ProfileCommands.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+
+#include "core/ResourceStrings.h"
+#include "core/Text.h"
+#include "host/HostServices.h"
+#include "persistence/DefaultSdkPaths.h"
+
+namespace {
+
+bool IsWindowsPlatform(const std::string& PlatformName) {
+  // Exact comparison, as GetDefaultForPlatform makes it (Part 1.2).
+  return PlatformName == "Win32" || PlatformName == "Win64";
+}
+
+TMsgDlgBtn Ask(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
+  const IOTAMessageServicesPtr& Messages = HostServices().Messages;
+  // Without a message box nobody can answer: the safe answer is the last button (No/OK).
+  if (!Messages) return Buttons.empty() ? TMsgDlgBtn::mbOK : Buttons.back();
+  return Messages->MessageDlg(Text, Kind, Buttons);
+}
+
+void ShowError(const std::string& Text) { Ask(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
+
+}  // namespace
+
+std::string TrimText(const std::string& Text) {
+  std::size_t First = 0;
+  std::size_t Last = Text.size();
+  while (First < Last && static_cast<unsigned char>(Text[First]) <= ' ') ++First;
+  while (Last > First && static_cast<unsigned char>(Text[Last - 1]) <= ' ') --Last;
+  return Text.substr(First, Last - First);
+}
+
+std::vector<std::string> PlatformChoices() {
+  std::vector<std::string> Result;
+  const IOTAPlatformServicesPtr& Platforms = HostServices().Platforms;
+  if (!Platforms) return Result;
+  // Hidden in both platform combos (Parts 6.1, 6.2): Linux 32-bit, Android, iOS simulator, iOS device.
+  static const char* const Hidden[] = {"Linux32", "Android", "iOSSimulator", "iOSDevice"};
+  for (const std::string& Name : Platforms->GetAllPlatforms()) {
+    if (std::find(std::begin(Hidden), std::end(Hidden), Name) == std::end(Hidden)) Result.push_back(Name);
+  }
+  return Result;
+}
+
+bool IsPlatformChoice(const std::string& PlatformName) {
+  const std::vector<std::string> Choices = PlatformChoices();
+  return std::find(Choices.begin(), Choices.end(), PlatformName) != Choices.end();
+}
+
+TDefaultCheck DefaultCheckFor(const IOTARemoteProfileServices& Services, const std::string& PlatformName) {
+  if (IsWindowsPlatform(PlatformName)) return TDefaultCheck::Hidden;
+  return Services.GetProfileCount(PlatformName) > 0 ? TDefaultCheck::Optional : TDefaultCheck::ForcedOn;
+}
+
+bool NewProfileIsDefault(const IOTARemoteProfileServices& Services, const std::string& PlatformName, bool Requested) {
+  switch (DefaultCheckFor(Services, PlatformName)) {
+    case TDefaultCheck::Hidden: return false;
+    case TDefaultCheck::ForcedOn: return true;
+    case TDefaultCheck::Optional: return Requested;
+  }
+  return false;
+}
+
+IOTARemoteProfilePtr AddNewProfile(TRemoteProfileManager& Manager, const TNewProfileSettings& Settings) {
+  const std::string Name = TrimText(Settings.Name);
+  if (!Manager.ValidateProfileName(Name)) return nullptr;
+  const bool AsDefault = NewProfileIsDefault(Manager, Settings.PlatformName, Settings.AsDefault);
+  const TOTARemoteProfilePathArray Paths = GetDefaultPaths(Settings.PlatformName);
+  return Manager.AddProfile(Name, Settings.PlatformName, TrimText(Settings.HostName), Settings.PortNumber,
+                            Settings.Credential, Settings.SystemRoot, Paths, AsDefault);
+}
+
+IOTARemoteProfilePtr CopyProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Source,
+                                 const std::string& NewName) {
+  if (!Source) return nullptr;
+  const std::string Name = TrimText(NewName);
+  if (!Manager.ValidateProfileName(Name)) return nullptr;
+  // The copy's own path array: the host's arrays are shared by reference (Part 1.1).
+  const TOTARemoteProfilePathArray Paths(Source->GetPaths().ToVector());
+  const std::string SystemRoot = ReplacePathPart(Source->GetSystemRoot(), Source->GetName(), Name);
+  return Manager.AddProfile(Name, Source->GetPlatformName(), Source->GetHostName(), Source->GetPortNumber(),
+                            Source->GetCredential(), SystemRoot, Paths, false);
+}
+
+void TRenameMap::Renamed(const std::string& Old, const std::string& New) {
+  const auto HasValueOld = [&](const auto& Entry) { return SameText(Entry.second, Old); };
+  if (std::none_of(FEntries.begin(), FEntries.end(), HasValueOld)) {
+    FEntries.emplace_back(Old, New);
+    return;
+  }
+  for (auto It = FEntries.begin(); It != FEntries.end();) {
+    if (!HasValueOld(*It)) {
+      ++It;
+    } else if (SameText(It->first, New)) {
+      It = FEntries.erase(It);  // the profile got its first name back
+    } else {
+      It->second = New;
+      ++It;
+    }
+  }
+}
+
+void TRenameMap::Deleted(const std::string& Name) {
+  std::erase_if(FEntries, [&](const auto& Entry) { return SameText(Entry.second, Name); });
+}
+
+TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile,
+                            const std::string& NewName, TRenameMap& Renames) {
+  if (!Profile) return TRenameResult::Refused;
+  const std::string Old = TrimText(Profile->GetName());
+  // A change of letter case only is deliberately ignored (Part 6.1 step 3).
+  if (SameText(NewName, Profile->GetName())) return TRenameResult::Unchanged;
+  if (!Manager.ValidateProfileName(NewName)) return TRenameResult::Refused;
+  Renames.Renamed(Old, NewName);
+  Profile->SetName(NewName);
+  return TRenameResult::Renamed;
+}
+
+bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, TRenameMap& Renames) {
+  if (!Profile) return false;
+  const std::string Name = Profile->GetName();
+  if (Ask(Format(sDeleteProfileQuestion, {Name}), TMsgDlgType::mtConfirmation,
+          {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
+    return false;
+  Renames.Deleted(Name);
+  Manager.RemoveProfile(Profile);
+  return true;
+}
+
+bool CanSetAsDefault(const TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile) {
+  if (!Profile || IsWindowsPlatform(Profile->GetPlatformName())) return false;
+  return Manager.GetDefaultForPlatform(Profile->GetPlatformName()) != Profile;
+}
+
+bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, std::string& FileName) {
+  if (!Profile || FileName.empty()) return false;
+  if (!std::filesystem::path(FileName).has_extension()) FileName += ".profile";
+  if (std::filesystem::exists(FileName) &&
+      Ask(Format(sHostFileOverwrite, {FileName}), TMsgDlgType::mtConfirmation,
+          {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
+    return false;
+  Manager.SaveProfile(Profile, FileName);
+  return true;
+}
+
+TImportResult ImportProfile(TRemoteProfileManager& Manager, const std::string& FileName,
+                            IOTARemoteProfilePtr& Profile) {
+  Profile = Manager.LoadProfile(FileName);
+  if (!Profile) return TImportResult::NotTaken;
+  if (!IsPlatformChoice(Profile->GetPlatformName())) {
+    ShowError(sImportedInvalidPlatform);
+    return TImportResult::InvalidPlatform;
+  }
+  return TImportResult::Imported;
+}
+
+TRemoteProfileManagerPtr MakeWorkingCopy(const TRemoteProfileManagerPtr& Live) {
+  TRemoteProfileManagerPtr Copy = TRemoteProfileManager::Create(nullptr);
+  if (Live) Copy->Assign(Live);
+  return Copy;
+}
+
+void CommitWorkingCopy(TRemoteProfileManager& Live, const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames) {
+  Live.NotifyRenames(Renames.Entries());
+  Live.Assign(Copy);
+  Live.WriteEnvOptions();
+}
+
+bool CheckPortNumber(const std::string& Text, std::int32_t& Port) {
+  const std::string Trimmed = TrimText(Text);
+  std::int64_t Value = -1;
+  const char* End = Trimmed.data() + Trimmed.size();
+  const auto [Ptr, Error] = std::from_chars(Trimmed.data(), End, Value);
+  if (Trimmed.empty() || Error != std::errc() || Ptr != End || Value < 0 || Value > 65535) {
+    ShowError(Format(sHostInvalidPort, {Text}));
+    return false;
+  }
+  Port = static_cast<std::int32_t>(Value);
+  return true;
+}
+
+bool CheckHostName(const std::string& Text) {
+  if (!TrimText(Text).empty()) return true;
+  ShowError(sHostNameBlank);
+  return false;
+}
+
+bool CheckPathItem(const TOTARemoteProfilePathItem& Item) {
+  if (!TrimText(Item.Path).empty() && !TrimText(Item.Mask).empty()) return true;
+  ShowError(sHostPathItemBlank);
+  return false;
+}
