@@ -1,0 +1,114 @@
+// Hestrel server: starting commands on pipes (see ChildProcess.h).
+#include "server/ChildProcess.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <map>
+
+#include "server/Signals.h"
+
+extern char** environ;
+
+namespace hestrel::server {
+
+namespace {
+
+/// Big pipes let one read carry a whole SFTP burst (perf-baselines: relay in large blocks).
+constexpr int PipeCapacity = 1 << 20;
+
+bool MakePipe(TUniqueFd& Read, TUniqueFd& Write) {
+  int Fds[2];
+  if (::pipe2(Fds, O_CLOEXEC) != 0) return false;
+  Read.Reset(Fds[0]);
+  Write.Reset(Fds[1]);
+  ::fcntl(Fds[0], F_SETPIPE_SZ, PipeCapacity);  // best effort: the system may cap it
+  return true;
+}
+
+void SetNonBlocking(int Fd) { ::fcntl(Fd, F_SETFL, ::fcntl(Fd, F_GETFL) | O_NONBLOCK); }
+
+std::vector<std::string> MergedEnvironment(const TEnvironment& Extra) {
+  std::map<std::string, std::string> Merged;
+  for (char** Entry = environ; *Entry != nullptr; ++Entry) {
+    std::string Text = *Entry;
+    std::size_t Equals = Text.find('=');
+    if (Equals != std::string::npos) Merged[Text.substr(0, Equals)] = Text.substr(Equals + 1);
+  }
+  for (const auto& [Name, Value] : Extra) Merged[Name] = Value;
+  std::vector<std::string> Result;
+  for (const auto& [Name, Value] : Merged) Result.push_back(Name + "=" + Value);
+  return Result;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& Strings) {
+  std::vector<char*> Result;
+  for (std::string& S : Strings) Result.push_back(S.data());
+  Result.push_back(nullptr);
+  return Result;
+}
+
+/// In the forked child: wire the pipes to 0, 1, 2, drop every other descriptor, exec.
+[[noreturn]] void ExecInChild(int In, int Out, int Err, char** Argv, char** Envp) {
+  ResetSignalsForExec();
+  ::setpgid(0, 0);
+  ::dup2(In, STDIN_FILENO);
+  ::dup2(Out, STDOUT_FILENO);
+  ::dup2(Err, STDERR_FILENO);
+  ::syscall(SYS_close_range, 3U, ~0U, 0U);
+  ::execve(Argv[0], Argv, Envp);
+  const char* Reason = ::strerror(errno);
+  (void)!::write(STDERR_FILENO, "hestrel: cannot run ", 20);
+  (void)!::write(STDERR_FILENO, Argv[0], ::strlen(Argv[0]));
+  (void)!::write(STDERR_FILENO, ": ", 2);
+  (void)!::write(STDERR_FILENO, Reason, ::strlen(Reason));
+  (void)!::write(STDERR_FILENO, "\n", 1);
+  ::_exit(127);
+}
+
+}  // namespace
+
+bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Extra, TChildProcess& Child,
+                std::string& Error) {
+  TUniqueFd InRead, InWrite, OutRead, OutWrite, ErrRead, ErrWrite;
+  if (!MakePipe(InRead, InWrite) || !MakePipe(OutRead, OutWrite) || !MakePipe(ErrRead, ErrWrite)) {
+    Error = std::string("cannot create pipes: ") + ::strerror(errno);
+    return false;
+  }
+  std::vector<std::string> ArgStrings = Argv;
+  std::vector<std::string> EnvStrings = MergedEnvironment(Extra);
+  std::vector<char*> ArgPointers = Pointers(ArgStrings);
+  std::vector<char*> EnvPointers = Pointers(EnvStrings);
+  pid_t Pid = ::fork();
+  if (Pid < 0) {
+    Error = std::string("cannot fork: ") + ::strerror(errno);
+    return false;
+  }
+  if (Pid == 0) ExecInChild(InRead.Get(), OutWrite.Get(), ErrWrite.Get(), ArgPointers.data(), EnvPointers.data());
+  ::setpgid(Pid, Pid);  // also here, so the group exists before anyone signals it
+  SetNonBlocking(InWrite.Get());
+  SetNonBlocking(OutRead.Get());
+  SetNonBlocking(ErrRead.Get());
+  Child.Pid = Pid;
+  Child.Stdin = std::move(InWrite);
+  Child.Stdout = std::move(OutRead);
+  Child.Stderr = std::move(ErrRead);
+  return true;
+}
+
+void SignalChildGroup(pid_t Pid, int Signal) {
+  if (Pid <= 0) return;
+  ::kill(-Pid, Signal);
+  ::kill(Pid, Signal);
+}
+
+std::string SshSignalName(int Signal) {
+  const char* Name = ::sigabbrev_np(Signal);
+  return Name != nullptr ? Name : "UNKNOWN";
+}
+
+}  // namespace hestrel::server

@@ -1,0 +1,184 @@
+// Hestrel server: accept loop and per-connection processes (see Listener.h).
+#include "server/Listener.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <set>
+#include <thread>
+
+#include "server/Authenticator.h"
+#include "server/Handles.h"
+#include "server/Log.h"
+#include "server/Options.h"
+#include "server/SessionServer.h"
+#include "server/Signals.h"
+
+namespace hestrel::server {
+
+namespace {
+
+/// "ADDRESS:PORT" of a socket address; IPv6 addresses in brackets.
+std::string AddressText(const sockaddr_storage& Address) {
+  char Host[INET6_ADDRSTRLEN] = {};
+  if (Address.ss_family == AF_INET6) {
+    const auto& V6 = reinterpret_cast<const sockaddr_in6&>(Address);
+    ::inet_ntop(AF_INET6, &V6.sin6_addr, Host, sizeof Host);
+    return "[" + std::string(Host) + "]:" + std::to_string(ntohs(V6.sin6_port));
+  }
+  const auto& V4 = reinterpret_cast<const sockaddr_in&>(Address);
+  ::inet_ntop(AF_INET, &V4.sin_addr, Host, sizeof Host);
+  return std::string(Host) + ":" + std::to_string(ntohs(V4.sin_port));
+}
+
+std::string SocketName(int Fd, bool Peer) {
+  sockaddr_storage Address{};
+  socklen_t Length = sizeof Address;
+  int Rc = Peer ? ::getpeername(Fd, reinterpret_cast<sockaddr*>(&Address), &Length)
+                : ::getsockname(Fd, reinterpret_cast<sockaddr*>(&Address), &Length);
+  return Rc == 0 ? AddressText(Address) : "unknown address";
+}
+
+TSshBind MakeBind(const TServerOptions& Options, const std::string& HostKeyPath) {
+  TSshBind Bind(ssh_bind_new());
+  if (!Bind) return Bind;
+  int Verbosity = SSH_LOG_NOLOG;
+  bool NoConfig = false;  // independent of /etc/libssh/libssh_server.config
+  int Port = Options.Port;
+  bool Ok = ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_PROCESS_CONFIG, &NoConfig) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_LOG_VERBOSITY, &Verbosity) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_BINDADDR, Options.ListenAddress.c_str()) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_BINDPORT, &Port) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_HOSTKEY, HostKeyPath.c_str()) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_CIPHERS_C_S, ServerCiphers) == SSH_OK &&
+            ssh_bind_options_set(Bind.get(), SSH_BIND_OPTIONS_CIPHERS_S_C, ServerCiphers) == SSH_OK;
+  if (!Ok) {
+    Log(std::string("cannot configure the listener: ") + ssh_get_error(Bind.get()));
+    Bind.reset();
+  }
+  return Bind;
+}
+
+class TListener {
+ public:
+  TListener(const TServerOptions& Options, const TAuthenticator& Authenticator)
+      : FOptions(Options), FAuthenticator(Authenticator) {}
+  int Run(const std::string& HostKeyPath);
+
+ private:
+  void Accept();
+  [[noreturn]] void ServeInChild(TSshSession Session, const std::string& Peer);
+  void ReadSignals();
+  void Reap();
+  void StopConnections();
+
+  const TServerOptions& FOptions;
+  const TAuthenticator& FAuthenticator;
+  TSignalFd FSignals;
+  TSshBind FBind;
+  std::set<pid_t> FConnections;
+  bool FStopping = false;
+};
+
+int TListener::Run(const std::string& HostKeyPath) {
+  FBind = MakeBind(FOptions, HostKeyPath);
+  if (!FSignals.Valid() || !FBind) return 1;
+  if (ssh_bind_listen(FBind.get()) != SSH_OK) {
+    Log("cannot listen on " + FOptions.ListenAddress + ":" + std::to_string(FOptions.Port) + ": " +
+        ssh_get_error(FBind.get()));
+    return 1;
+  }
+  std::string Where = SocketName(ssh_bind_get_fd(FBind.get()), false);
+  std::printf("hestrel listening on %s\n", Where.c_str());
+  std::fflush(stdout);
+  Log("listening on " + Where);
+  while (!FStopping) {
+    pollfd Fds[2] = {{ssh_bind_get_fd(FBind.get()), POLLIN, 0}, {FSignals.Fd(), POLLIN, 0}};
+    if (::poll(Fds, 2, -1) < 0) continue;
+    if (Fds[1].revents != 0) ReadSignals();
+    if (!FStopping && Fds[0].revents != 0) Accept();
+  }
+  FBind.reset();  // stop accepting at once
+  StopConnections();
+  Log("stopped");
+  return 0;
+}
+
+void TListener::Accept() {
+  TSshSession Session(ssh_new());
+  if (!Session) return;
+  if (ssh_bind_accept(FBind.get(), Session.get()) != SSH_OK) {
+    Log(std::string("accept failed: ") + ssh_get_error(FBind.get()));
+    return;
+  }
+  std::string Peer = SocketName(ssh_get_fd(Session.get()), true);
+  pid_t Pid = ::fork();
+  if (Pid < 0) {
+    Log("cannot fork for the connection from " + Peer);
+    return;
+  }
+  if (Pid == 0) ServeInChild(std::move(Session), Peer);
+  FConnections.insert(Pid);
+  Log("connection from " + Peer + " (served by pid " + std::to_string(Pid) + ")");
+  // Session's destructor closes the parent's copy of the socket.
+}
+
+void TListener::ServeInChild(TSshSession Session, const std::string& Peer) {
+  FBind.reset();           // the listening socket belongs to the parent
+  FSignals = TSignalFd();  // a signalfd of its own; the mask stays blocked
+  int Code = 0;
+  {
+    TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer);
+    Code = Server.Run();
+  }
+  std::fflush(nullptr);
+  ::_exit(Code);
+}
+
+void TListener::ReadSignals() {
+  while (int Signal = FSignals.Next()) {
+    if (Signal == SIGCHLD) {
+      Reap();
+    } else if (Signal == SIGTERM || Signal == SIGINT) {
+      Log(std::string("received SIG") + ::sigabbrev_np(Signal) + ": stopping");
+      FStopping = true;
+    }
+  }
+}
+
+void TListener::Reap() {
+  int Status = 0;
+  pid_t Pid;
+  while ((Pid = ::waitpid(-1, &Status, WNOHANG)) > 0) FConnections.erase(Pid);
+}
+
+void TListener::StopConnections() {
+  for (pid_t Pid : FConnections) ::kill(Pid, SIGTERM);
+  // A connection process needs up to about 2 s to stop its commands (TSessionServer).
+  auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (!FConnections.empty() && std::chrono::steady_clock::now() < Deadline) {
+    Reap();
+    if (!FConnections.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  for (pid_t Pid : FConnections) ::kill(Pid, SIGKILL);
+  while (!FConnections.empty()) {
+    pid_t Pid = ::waitpid(-1, nullptr, 0);
+    if (Pid < 0) break;
+    FConnections.erase(Pid);
+  }
+}
+
+}  // namespace
+
+int RunListener(const TServerOptions& Options, const TAuthenticator& Authenticator, const std::string& HostKeyPath) {
+  TListener Listener(Options, Authenticator);
+  return Listener.Run(HostKeyPath);
+}
+
+}  // namespace hestrel::server

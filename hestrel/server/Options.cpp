@@ -1,0 +1,39 @@
+// Hestrel server: command-line options parsed with CLI11.
+#include "server/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#ifndef HESTREL_VERSION
+#define HESTREL_VERSION "0.0.0"
+#endif
+
+namespace hestrel::server {
+
+TParseOutcome ParseOptions(int argc, char** argv, TServerOptions& Options) {
+  CLI::App App{"hestrel - the Hestrel remote agent: an SSH server that authenticates with its own password,\n"
+               "serves SFTP and runs commands as the user that started it."};
+  App.set_version_flag("--version", std::string("hestrel ") + HESTREL_VERSION);
+  App.add_option("--port", Options.Port, "TCP port to listen on (0: any free port)")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  App.add_option("--password-file", Options.PasswordFile,
+                 "file whose first line is the password (must not be group or world readable)")
+      ->required();
+  App.add_option("--listen", Options.ListenAddress, "address to listen on")->capture_default_str();
+  App.add_option("--host-key", Options.HostKeyFile,
+                 "ed25519 host key file, created when missing "
+                 "(default: $XDG_DATA_HOME/hestrel/host_key_ed25519)");
+  App.add_option("--root", Options.RootDir, "working directory of commands and SFTP (default: home)");
+  App.add_option("--sftp-server", Options.SftpServer, "SFTP server program")->capture_default_str();
+  // Test hooks, left out of --help.
+  App.add_option("--auth-delay-ms", Options.AuthDelayMs)->check(CLI::Range(0, 60000))->group("");
+  App.add_option("--login-grace-seconds", Options.LoginGraceSeconds)->check(CLI::Range(1, 3600))->group("");
+  try {
+    App.parse(argc, argv);
+  } catch (const CLI::ParseError& Error) {
+    return App.exit(Error) == 0 ? TParseOutcome::ExitSuccess : TParseOutcome::ExitFailure;
+  }
+  return TParseOutcome::Run;
+}
+
+}  // namespace hestrel::server

@@ -1,0 +1,28 @@
+// Hestrel server: command-line options.
+#pragma once
+
+#include <string>
+
+namespace hestrel::server {
+
+/// Default agent port (Overview: a profile's port number defaults to 64211).
+inline constexpr int DefaultPort = 64211;
+
+struct TServerOptions {
+  std::string ListenAddress = "127.0.0.1";  ///< loopback unless asked otherwise
+  int Port = DefaultPort;                   ///< 0 picks an ephemeral port
+  std::string PasswordFile;                 ///< required; first line is the password
+  std::string HostKeyFile;                  ///< empty: DefaultHostKeyPath()
+  std::string RootDir;                      ///< working directory of commands; empty: home
+  std::string SftpServer = "/usr/lib/openssh/sftp-server";
+  int AuthDelayMs = 1500;         ///< pause after each failed password (hidden option)
+  int LoginGraceSeconds = 60;     ///< time allowed for key exchange and login (hidden option)
+};
+
+enum class TParseOutcome { Run, ExitSuccess, ExitFailure };
+
+/// Parses argv into Options. --help and --version print to stdout and answer ExitSuccess;
+/// a bad command line prints the reason to stderr and answers ExitFailure.
+TParseOutcome ParseOptions(int argc, char** argv, TServerOptions& Options);
+
+}  // namespace hestrel::server

@@ -1,0 +1,49 @@
+// Hestrel server: signalfd wrapper (see Signals.h).
+#include "server/Signals.h"
+
+#include <signal.h>
+#include <sys/signalfd.h>
+
+#include <cerrno>
+
+namespace hestrel::server {
+
+namespace {
+
+sigset_t HandledSignals() {
+  sigset_t Set;
+  sigemptyset(&Set);
+  sigaddset(&Set, SIGTERM);
+  sigaddset(&Set, SIGINT);
+  sigaddset(&Set, SIGHUP);
+  sigaddset(&Set, SIGCHLD);
+  return Set;
+}
+
+}  // namespace
+
+TSignalFd::TSignalFd() {
+  sigset_t Set = HandledSignals();
+  ::sigprocmask(SIG_BLOCK, &Set, nullptr);
+  FFd.Reset(::signalfd(-1, &Set, SFD_NONBLOCK | SFD_CLOEXEC));
+}
+
+int TSignalFd::Next() {
+  signalfd_siginfo Info{};
+  for (;;) {
+    ssize_t N = ::read(FFd.Get(), &Info, sizeof Info);
+    if (N < 0 && errno == EINTR) continue;
+    return N == static_cast<ssize_t>(sizeof Info) ? static_cast<int>(Info.ssi_signo) : 0;
+  }
+}
+
+void IgnoreSigPipe() { ::signal(SIGPIPE, SIG_IGN); }
+
+void ResetSignalsForExec() {
+  for (int Signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGPIPE}) ::signal(Signal, SIG_DFL);
+  sigset_t Empty;
+  sigemptyset(&Empty);
+  ::sigprocmask(SIG_SETMASK, &Empty, nullptr);
+}
+
+}  // namespace hestrel::server

@@ -1,0 +1,29 @@
+// Hestrel server: signals as readable file descriptors. SIGTERM, SIGINT, SIGHUP and SIGCHLD
+// are blocked and read from a signalfd, so that they wake the poll loops instead of
+// interrupting them (libssh treats an interrupted poll as an error).
+#pragma once
+
+#include "server/Handles.h"
+
+namespace hestrel::server {
+
+class TSignalFd {
+ public:
+  /// Blocks the four signals and opens a non-blocking signalfd for them.
+  TSignalFd();
+  int Fd() const { return FFd.Get(); }
+  bool Valid() const { return FFd.Valid(); }
+  /// The next pending signal number, or 0 when none is pending.
+  int Next();
+
+ private:
+  TUniqueFd FFd;
+};
+
+/// SIGPIPE is ignored process-wide: a closed pipe or socket is seen as EPIPE.
+void IgnoreSigPipe();
+
+/// In a freshly forked child that is about to exec: default dispositions and an empty mask.
+void ResetSignalsForExec();
+
+}  // namespace hestrel::server
