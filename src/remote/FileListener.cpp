@@ -1,5 +1,6 @@
 // Part 3.2: the manager as the agent's IFileListener — overwrite questions, byte progress
 // and the turning of a cancelled progress display into a cancelled operation.
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 
@@ -33,7 +34,8 @@ std::string OverwriteQuestion(const std::string& FileName, TDateTime Time1, std:
 /// the host's Round. A total of 0 or less cannot be divided by: 100 (docs/DECISIONS.md).
 std::int32_t CopiedPercent(std::int64_t Done, std::int64_t Total) {
   if (Done < 4096 || Total <= 0) return 100;
-  return static_cast<std::int32_t>(std::nearbyint(static_cast<double>(Done) / static_cast<double>(Total) * 100.0));
+  const double Percent = std::nearbyint(static_cast<double>(Done) / static_cast<double>(Total) * 100.0);
+  return static_cast<std::int32_t>(std::min(Percent, 2147483647.0));  // Done far beyond Total: no overflow
 }
 
 }  // namespace
