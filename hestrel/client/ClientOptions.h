@@ -1,0 +1,24 @@
+// Hestrel client (Part 3.1's agent library): tunables of the client, given to the factory.
+#pragma once
+
+#include <string>
+
+namespace hestrel {
+
+struct THestrelClientOptions {
+  /// Bound on connecting (TCP, banner, key exchange); a silent host fails after it.
+  int ConnectTimeoutSeconds = 10;
+  /// Bound on each wait for the server once connected (a hung server fails after it).
+  int OperationTimeoutSeconds = 120;
+  /// Where public-key authentication looks for id_* keys; empty: libssh's default (~/.ssh).
+  std::string SshDirectory;
+  /// Many small files are pulled as one `tar` stream over exec when the server has tar.
+  bool UseTarStream = true;
+  /// A batch of at least this many files goes through tar; fewer go over SFTP.
+  int TarMinimumFiles = 4;
+  /// Files of at least this size are pushed through an exec'd `cat` (faster than
+  /// libssh 0.10's synchronous sftp_write); smaller ones over SFTP. 0 disables.
+  long long StreamPushMinimumBytes = 1 << 20;
+};
+
+}  // namespace hestrel

@@ -1,0 +1,69 @@
+// Hestrel client (Part 3.3, GetFiles / GetFrameworkFiles): the state one pull shares
+// between planning (listing, questions), the tar stream and the SFTP fetches.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "client/ClientOptions.h"
+#include "client/RemoteListing.h"
+#include "client/Session.h"
+#include "host/AgentClient.h"
+
+namespace hestrel {
+
+/// One file to fetch: decided on (accepted, overwrite answered) and not yet copied.
+struct TPlannedFile {
+  std::string Remote;    ///< remote path
+  std::string Relative;  ///< below the tree root, "/"-separated, checked safe
+  std::string Local;     ///< destination under the system root
+  std::int64_t Size = 0;
+  std::int64_t Modified = 0;
+  bool Done = false;  ///< copied (or given up): no further attempt
+};
+
+/// What a pull does with an entry of the tree (relative path split in components).
+enum class TFilterAnswer : std::uint8_t { Skip, Take, Descend };
+using TEntryFilter = std::function<TFilterAnswer(const std::vector<std::string>& Components, TRemoteType Type)>;
+
+struct TDownloadContext {
+  ssh_session Ssh = nullptr;
+  sftp_session Sftp = nullptr;
+  std::string SysRoot;
+  IFileListener* Listener = nullptr;
+  IFileIteration* Iteration = nullptr;
+  THestrelClientOptions Options;
+
+  bool Cancelled = false;  ///< the listener asked to stop (Accept 3, BytesCopied 2)
+  bool Stopped = false;    ///< cancelled, or ContinueOnError answered false
+  int Failures = 0;
+  std::string LastError;
+
+  /// A failing file: counted, remembered, and the listener asked whether to go on.
+  void Fail(const std::string& RemoteFile, const std::string& Error);
+  /// Byte progress; false (and Cancelled) when the listener answers 2.
+  bool Progress(const std::string& Remote, const std::string& Local, std::int64_t Done, std::int64_t Total);
+  void Cancel();
+};
+
+/// Lists the tree below TreeRoot (normalised remote path) and decides every entry:
+/// identical files are skipped silently, symbolic links inside the tree are mirrored as
+/// local relative links, those pointing out are refused, other files are asked about
+/// (Accept, Overwrite) and planned. False when TreeRoot itself cannot be listed.
+bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+              std::vector<TPlannedFile>& Plan);
+
+/// Fetches planned files whole (temporary name, rename, modification time kept): a tar
+/// stream for many files when allowed, SFTP for the rest.
+void FetchPlanned(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile>& Plan);
+
+/// Tries one `tar` stream of the planned files (Done set on each file it delivered or
+/// failed for good); files it did not deliver are left for SFTP.
+void TarPull(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile*>& Files);
+
+/// Fetches one file over SFTP with many reads in flight; false after reporting.
+bool SftpFetchFile(TDownloadContext& Context, TPlannedFile& File);
+
+}  // namespace hestrel

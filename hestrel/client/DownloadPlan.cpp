@@ -1,0 +1,153 @@
+// Hestrel client (Part 3.3, GetFiles): listing a remote tree and deciding each entry
+// (see DownloadContext.h). Nothing is written here but mirrored symbolic links.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+
+#include "client/ClientErrors.h"
+#include "client/DownloadContext.h"
+#include "client/LocalPaths.h"
+#include "core/Text.h"
+
+namespace hestrel {
+
+void TDownloadContext::Fail(const std::string& RemoteFile, const std::string& Error) {
+  ++Failures;
+  LastError = Error;
+  if (Listener && !Listener->ContinueOnError(RemoteFile, Error)) Stopped = true;
+}
+
+bool TDownloadContext::Progress(const std::string& Remote, const std::string& Local, std::int64_t Done,
+                                std::int64_t Total) {
+  if (Listener && Listener->BytesCopied(Remote, Remote, Local, Done, Total, nullptr) == 2) Cancel();
+  return !Cancelled;
+}
+
+void TDownloadContext::Cancel() {
+  Cancelled = true;
+  Stopped = true;
+  LastError = sErrCancelled;
+}
+
+namespace {
+
+struct TDirectoryToVisit {
+  std::string Remote;
+  std::vector<std::string> Components;  ///< relative to the tree root
+};
+
+/// Asks Accept and, when a different local file exists, Overwrite. True: copy it.
+bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
+               const TRemoteEntry& Entry) {
+  std::int64_t LocalSize = 0, LocalTime = 0;
+  const bool Exists = LocalFileInfo(Local, LocalSize, LocalTime);
+  if (Exists && LocalSize == Entry.Size && LocalTime == Entry.Modified) return false;  // identical: silent skip
+  if (!Context.Listener) return true;
+  std::int32_t Flags = 0;
+  const std::uint8_t Answer = Context.Listener->Accept(Remote, Local, false, Flags);
+  if (Answer == 3) Context.Cancel();
+  if (Answer != 1) return false;
+  return !Exists || Context.Listener->Overwrite(Local, FromUnixSeconds(LocalTime), LocalSize,
+                                                FromUnixSeconds(Entry.Modified), Entry.Size);
+}
+
+/// Makes the local directory of Local and checks it resolves inside the root.
+bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local) {
+  const std::string Dir = std::filesystem::path(Local).parent_path().string();
+  std::error_code Ec;
+  std::filesystem::create_directories(Dir, Ec);
+  if (Ec) {
+    Context.Fail(Remote, LocalErrorText(Dir, Ec.value()));
+    return false;
+  }
+  if (!LocalDirectoryInsideRoot(Dir, Context.SysRoot)) {
+    Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
+    return false;
+  }
+  return true;
+}
+
+/// A remote symbolic link: mirrored as a relative local link when its target stays in the
+/// tree; refused and reported when it points out.
+void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
+                const std::string& Remote, const std::string& Local) {
+  std::unique_ptr<char, void (*)(void*)> Target(sftp_readlink(Context.Sftp, Remote.c_str()), free);
+  if (!Target) return Context.Fail(Remote, RemoteErrorText(Context.Sftp, Remote));
+  const std::string Resolved = ResolveLinkTarget(RemoteDir, Target.get());
+  if (Resolved.empty() || !IsWithinTree(TreeRoot, Resolved))
+    return Context.Fail(Remote, Format(sErrUnsafeLink, {Remote, std::string(Target.get())}));
+  const std::string LocalTarget = RelativePath(RemoteDir, Resolved);
+  char Existing[4096];
+  const ssize_t N = readlink(Local.c_str(), Existing, sizeof Existing);
+  if (N >= 0 && std::string(Existing, static_cast<size_t>(N)) == LocalTarget) return;  // already mirrored
+  if (!PrepareLocalDirectory(Context, Remote, Local)) return;
+  struct stat St;
+  if (lstat(Local.c_str(), &St) == 0) {
+    if (S_ISDIR(St.st_mode)) return Context.Fail(Remote, LocalErrorText(Local, EISDIR));
+    if (S_ISREG(St.st_mode) && Context.Listener &&
+        !Context.Listener->Overwrite(Local, FromUnixSeconds(St.st_mtim.tv_sec), St.st_size, TDateTime{}, -1))
+      return;
+    unlink(Local.c_str());
+  }
+  if (symlink(LocalTarget.c_str(), Local.c_str()) != 0) Context.Fail(Remote, LocalErrorText(Local, errno));
+}
+
+void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDirectoryToVisit& Dir,
+               const TRemoteEntry& Entry, const TEntryFilter& Filter, std::vector<TDirectoryToVisit>& Pending,
+               std::vector<TPlannedFile>& Plan) {
+  const std::string Remote = JoinRemote(Dir.Remote, Entry.Name);
+  if (!IsSafeEntryName(Entry.Name)) return Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
+  std::vector<std::string> Components = Dir.Components;
+  Components.push_back(Entry.Name);
+  const TFilterAnswer Answer = Filter(Components, Entry.Type);
+  if (Answer == TFilterAnswer::Skip) return;
+  if (Entry.Type == TRemoteType::Directory) {
+    if (Answer == TFilterAnswer::Descend) Pending.push_back({Remote, std::move(Components)});
+    return;
+  }
+  std::string Local;
+  if (!LocalPathUnderRoot(Context.SysRoot, Remote, Local)) return Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
+  if (Entry.Type == TRemoteType::SymLink) return MirrorLink(Context, TreeRoot, Dir.Remote, Remote, Local);
+  if (Entry.Type != TRemoteType::File) return;  // devices, sockets, fifos: not SDK files
+  if (!AskToCopy(Context, Remote, Local, Entry)) return;
+  std::string Relative;
+  for (const auto& Part : Components) Relative += (Relative.empty() ? "" : "/") + Part;
+  Plan.push_back({Remote, Relative, Local, Entry.Size, Entry.Modified, false});
+}
+
+}  // namespace
+
+bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+              std::vector<TPlannedFile>& Plan) {
+  std::vector<TDirectoryToVisit> Pending{{TreeRoot, {}}};
+  std::vector<TRemoteEntry> Entries;
+  bool First = true;
+  while (!Pending.empty() && !Context.Stopped) {
+    TDirectoryToVisit Dir = std::move(Pending.back());
+    Pending.pop_back();
+    if (!First && Context.Iteration && !Context.Iteration->EnterDirectory(Dir.Remote)) break;
+    std::string Error;
+    if (!ListRemoteDirectory(Context.Sftp, Dir.Remote, Entries, Error)) {
+      if (First) {
+        Context.LastError = Error;
+        return false;
+      }
+      Context.Fail(Dir.Remote, Error);
+      continue;
+    }
+    First = false;
+    const size_t Before = Pending.size();
+    for (const auto& Entry : Entries) {
+      if (Context.Stopped) break;
+      PlanEntry(Context, TreeRoot, Dir, Entry, Filter, Pending, Plan);
+    }
+    std::reverse(Pending.begin() + static_cast<std::ptrdiff_t>(Before), Pending.end());  // listing order
+  }
+  return true;
+}
+
+}  // namespace hestrel

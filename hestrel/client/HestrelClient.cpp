@@ -1,0 +1,262 @@
+// Hestrel client (Parts 3.1 to 3.5): the agent client (see HestrelClient.h). Each
+// operation is a thin step onto Connection, SftpDownload, SftpUpload, Queries, Launch.
+#include "client/HestrelClient.h"
+
+#include <fnmatch.h>
+
+#include "client/ClientErrors.h"
+#include "client/Connection.h"
+#include "client/DownloadContext.h"
+#include "client/Launch.h"
+#include "client/LocalPaths.h"
+#include "client/Queries.h"
+#include "client/SftpUpload.h"
+#include "core/Text.h"
+
+namespace hestrel {
+
+namespace {
+
+constexpr int MaxConnectAttempts = 100;  // a listener that always says "retry" still ends
+
+/// A ';'-separated list of file-name patterns; empty, "*" and "*.*" take every name.
+bool MatchesMask(const std::string& Mask, const std::string& Name) {
+  std::size_t Pos = 0;
+  do {
+    std::size_t End = Mask.find(';', Pos);
+    if (End == std::string::npos) End = Mask.size();
+    const std::string Pattern = Mask.substr(Pos, End - Pos);
+    if (Pattern.empty() || Pattern == "*" || Pattern == "*.*" || fnmatch(Pattern.c_str(), Name.c_str(), 0) == 0)
+      return true;
+    Pos = End + 1;
+  } while (Pos <= Mask.size());
+  return false;
+}
+
+/// Framework essentials: Headers (also Versions/X/Headers), the binary Name (also
+/// Versions/X/Name) and the links that tie them (Versions/Current).
+TFilterAnswer FrameworkEntry(const std::string& Name, bool Everything, const std::vector<std::string>& C,
+                             TRemoteType Type) {
+  if (Everything) return TFilterAnswer::Descend;
+  const bool Versioned = C[0] == "Versions";
+  const bool InHeaders = C[0] == "Headers" || (Versioned && C.size() >= 3 && C[2] == "Headers");
+  if (Type == TRemoteType::Directory)
+    return InHeaders || (Versioned && C.size() <= 2) ? TFilterAnswer::Descend : TFilterAnswer::Skip;
+  const bool Binary = (C.size() == 1 && C[0] == Name) || (Versioned && C.size() == 3 && C[2] == Name);
+  const bool CurrentLink = Versioned && C.size() == 2 && C[1] == "Current" && Type == TRemoteType::SymLink;
+  return InHeaders || Binary || CurrentLink ? TFilterAnswer::Take : TFilterAnswer::Skip;
+}
+
+}  // namespace
+
+THestrelClient::THestrelClient(std::string Name, std::string AppDataDir, THestrelClientOptions Options)
+    : FName(std::move(Name)), FAppDataDir(std::move(AppDataDir)), FOptions(std::move(Options)) {}
+
+THestrelClient::~THestrelClient() { Disconnect(); }
+
+bool THestrelClient::Fail(const std::string& Error) {
+  FLastError = Error;
+  return false;
+}
+
+bool THestrelClient::Connect(IConnectionListener* Listener) {
+  if (IsConnected()) return true;
+  Disconnect();
+  FLastError.clear();
+  TConnectRequest Request{FHostName, FPort, FCredential, FAppDataDir, FOptions};
+  for (int Attempt = 1;; ++Attempt) {
+    TConnectResult Result = OpenConnection(Request);
+    if (Result.Session) {
+      FSession = std::move(Result.Session);
+      return true;
+    }
+    FLastError = Result.Error;
+    if (!Result.Retryable || !Listener || Attempt >= MaxConnectAttempts) return false;
+    if (!Listener->Retry() || Listener->Abort()) return false;
+  }
+}
+
+void THestrelClient::Disconnect() {
+  FSftp.reset();
+  FSession.reset();
+}
+
+bool THestrelClient::IsConnected() const { return FSession && ssh_is_connected(FSession.get()); }
+
+bool THestrelClient::RequireSession() {
+  if (IsConnected()) return true;
+  FSftp.reset();
+  return Fail(sErrNotConnected);
+}
+
+bool THestrelClient::RequireSftp() {
+  if (!RequireSession()) return false;
+  if (FSftp) return true;
+  std::string Error;
+  FSftp = OpenSftp(FSession.get(), Error);
+  return FSftp ? true : Fail(Error);
+}
+
+bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t,
+                             const std::string& RemoteName, IFileListener* Listener) {
+  // Attributes: Part 3.2 always passes 0; nothing is set from them.
+  if (!RequireSftp()) return false;
+  std::string Error;
+  if (UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName}, Listener, FOptions, Error))
+    return true;
+  return Fail(Error);
+}
+
+bool THestrelClient::RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) {
+  if (!RequireSftp()) return false;
+  if (sftp_unlink(FSftp.get(), RemoteFile.c_str()) != 0) return Fail(RemoteErrorText(FSftp.get(), RemoteFile));
+  if (Listener) Listener->Deleted(RemoteFile, FHostName);
+  return true;
+}
+
+namespace {
+
+/// One pull of a remote tree (or single file) into the system root.
+bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntryFilter& Filter, std::string& Error) {
+  std::string Root, Local;
+  if (!NormaliseRemotePath(RemotePath, Root) || !LocalPathUnderRoot(Context.SysRoot, Root, Local)) {
+    Error = Format(sErrUnsafeName, {RemotePath});
+    return false;
+  }
+  if (Root.empty()) Root = ".";
+  TRemoteEntry Top;
+  if (!StatRemote(Context.Sftp, Root, true, Top, Error)) return false;
+  std::vector<TPlannedFile> Plan;
+  if (Top.Type == TRemoteType::File) {  // a single file named directly
+    const auto Slash = Root.find_last_of('/');
+    Top.Name = Slash == std::string::npos ? Root : Root.substr(Slash + 1);
+    std::int64_t Size = 0, Time = 0;
+    const bool Same = LocalFileInfo(Local, Size, Time) && Size == Top.Size && Time == Top.Modified;
+    if (!Same) Plan.push_back({Root, Top.Name, Local, Top.Size, Top.Modified, false});
+    if (!Same && Context.Listener) {
+      std::int32_t Flags = 0;
+      const auto Answer = Context.Listener->Accept(Root, Local, false, Flags);
+      if (Answer == 3) Context.Cancel();
+      if (Answer != 1 || (LocalFileInfo(Local, Size, Time) &&
+                          !Context.Listener->Overwrite(Local, FromUnixSeconds(Time), Size,
+                                                       FromUnixSeconds(Top.Modified), Top.Size)))
+        Plan.clear();
+    }
+  } else if (!PlanTree(Context, Root, Filter, Plan)) {
+    Error = Context.LastError;
+    return false;
+  }
+  if (!Context.Stopped) FetchPlanned(Context, Root, Plan);
+  Error = Context.LastError;
+  return Context.Failures == 0 && !Context.Cancelled;
+}
+
+}  // namespace
+
+bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
+                              IFileIteration* Iteration, IFileListener* Listener) {
+  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  if (!RequireSftp()) return false;
+  TDownloadContext Context;
+  Context.Ssh = FSession.get();
+  Context.Sftp = FSftp.get();
+  Context.SysRoot = FSysRoot;
+  Context.Listener = Listener;
+  Context.Iteration = Iteration;
+  Context.Options = FOptions;
+  auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
+    if (Type == TRemoteType::Directory) return IncludeSubDirs ? TFilterAnswer::Descend : TFilterAnswer::Skip;
+    return MatchesMask(Mask, C.back()) ? TFilterAnswer::Take : TFilterAnswer::Skip;
+  };
+  std::string Error;
+  if (Pull(Context, RemotePath, Filter, Error)) return true;
+  return Fail(Error);
+}
+
+bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName,
+                                       bool IncludeNonEssential, IFileIteration* Iteration, IFileListener* Listener) {
+  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  if (!IsSafeEntryName(FrameworkName)) return Fail(Format(sErrUnsafeName, {FrameworkName}));
+  if (!RequireSftp()) return false;
+  TDownloadContext Context;
+  Context.Ssh = FSession.get();
+  Context.Sftp = FSftp.get();
+  Context.SysRoot = FSysRoot;
+  Context.Listener = Listener;
+  Context.Iteration = Iteration;
+  Context.Options = FOptions;
+  auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
+    return FrameworkEntry(FrameworkName, IncludeNonEssential, C, Type);
+  };
+  std::string Error;
+  if (Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, Error)) return true;
+  return Fail(Error);
+}
+
+bool THestrelClient::ExpandPath(const std::string& Path, std::string& Expanded) {
+  std::string Error;
+  return RequireSession() && (QueryExpandPath(FSession.get(), Path, Expanded, Error) || Fail(Error));
+}
+
+bool THestrelClient::ExpandAllPaths(const std::string& Paths, std::string& Expanded) {
+  std::string Error;
+  return RequireSession() && (QueryExpandAllPaths(FSession.get(), Paths, Expanded, Error) || Fail(Error));
+}
+
+bool THestrelClient::DirExists(const std::string& Path) {
+  std::string Error;
+  if (!RequireSession()) return false;
+  const bool Exists = QueryDirExists(FSession.get(), Path, Error);
+  if (!Error.empty()) Fail(Error);
+  return Exists;
+}
+
+std::unique_ptr<TRARemoteFileList> THestrelClient::ListFiles(const std::string& Path, std::int32_t Depth,
+                                                             bool DirectoriesOnly) {
+  if (!RequireSftp()) return nullptr;
+  std::string Error;
+  auto List = QueryListFiles(FSftp.get(), Path, Depth, DirectoriesOnly, Error);
+  if (!List) Fail(Error);
+  return List;
+}
+
+bool THestrelClient::CreateSymLink(const std::string& Target, const std::string& LinkName) {
+  std::string Error;
+  return RequireSession() && (QueryCreateSymLink(FSession.get(), Target, LinkName, Error) || Fail(Error));
+}
+
+std::string THestrelClient::GetIOSLauncher(const std::string& Name, bool) {
+  // The Boolean (simulator) does not change the search: the launcher is found by name.
+  if (!RequireSession()) return "";
+  std::string Error;
+  std::string Found = QueryLauncher(FSession.get(), Name, Error);
+  if (!Error.empty()) Fail(Error);
+  return Found;
+}
+
+std::unique_ptr<std::map<std::string, std::string>> THestrelClient::GetEnv() {
+  if (!RequireSession()) return nullptr;
+  std::string Error;
+  auto Table = QueryEnvironment(FSession.get(), Error);
+  if (!Table) Fail(Error);
+  return Table;
+}
+
+bool THestrelClient::Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
+                         const std::string& Launcher, const std::vector<std::string>* Environment,
+                         const std::string& OutputFile, const std::string& InputFile, std::int32_t& ProcessNumber) {
+  if (!RequireSession()) return false;
+  TRunRequest Request{Program, Parameters, WorkingDir, Launcher, Environment ? *Environment : std::vector<std::string>{},
+                      OutputFile, InputFile};
+  std::string Error;
+  return RunDetached(FSession.get(), Request, ProcessNumber, Error) || Fail(Error);
+}
+
+bool THestrelClient::Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2,
+                           std::int32_t& N3) {
+  if (!RequireSession()) return false;
+  std::string Error;
+  return StartGdbServer(FSession.get(), Program, Attach, N1, N2, N3, Error) || Fail(Error);
+}
+
+}  // namespace hestrel

@@ -1,0 +1,76 @@
+// Hestrel client (Parts 3.1 to 3.5): the agent client over SSH (libssh): one connection,
+// SFTP for files and listings, exec of POSIX sh commands for queries and launches.
+// Failures answer false with a GetLastError text (ClientErrors.h); nothing throws.
+#pragma once
+
+#include <string>
+
+#include "client/ClientOptions.h"
+#include "client/Session.h"
+#include "host/AgentClient.h"
+
+namespace hestrel {
+
+class THestrelClient : public TRAClient {
+ public:
+  /// AppDataDir holds the password key file and the known-hosts file.
+  THestrelClient(std::string Name, std::string AppDataDir, THestrelClientOptions Options = {});
+  ~THestrelClient() override;
+
+  std::string GetName() const override { return FName; }
+  std::string GetHostName() const override { return FHostName; }
+  void SetHostName(const std::string& Value) override { FHostName = Value; }
+  std::int32_t GetPort() const override { return FPort; }
+  void SetPort(std::int32_t Value) override { FPort = Value; }
+  void SetPlatform(const std::string& Value) override { FPlatform = Value; }
+  void SetCredential(const TRACredential& Value) override { FCredential = Value; }
+  void SetSysRoot(const std::string& Value) override { FSysRoot = Value; }
+  const std::string& GetSysRoot() const { return FSysRoot; }
+
+  /// Connects; a network failure (refused, timed out) asks Listener->Retry(): true tries
+  /// again unless Listener->Abort() answers true.
+  bool Connect(IConnectionListener* Listener) override;
+  void Disconnect() override;
+  bool IsConnected() const override;
+  std::string GetLastError() const override { return FLastError; }
+
+  bool PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t Attributes,
+               const std::string& RemoteName, IFileListener* Listener) override;
+  bool RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) override;
+  bool GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
+                IFileIteration* Iteration, IFileListener* Listener) override;
+  bool GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName, bool IncludeNonEssential,
+                         IFileIteration* Iteration, IFileListener* Listener) override;
+
+  bool ExpandPath(const std::string& Path, std::string& Expanded) override;
+  bool ExpandAllPaths(const std::string& Paths, std::string& Expanded) override;
+  bool DirExists(const std::string& Path) override;
+  std::unique_ptr<TRARemoteFileList> ListFiles(const std::string& Path, std::int32_t Depth,
+                                               bool DirectoriesOnly) override;
+  bool CreateSymLink(const std::string& Target, const std::string& LinkName) override;
+  std::string GetIOSLauncher(const std::string& Name, bool Simulator) override;
+  std::unique_ptr<std::map<std::string, std::string>> GetEnv() override;
+  bool Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
+           const std::string& Launcher, const std::vector<std::string>* Environment, const std::string& OutputFile,
+           const std::string& InputFile, std::int32_t& ProcessNumber) override;
+  bool Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2, std::int32_t& N3) override;
+
+ private:
+  bool Fail(const std::string& Error);
+  bool RequireSession();
+  bool RequireSftp();
+
+  std::string FName;
+  std::string FAppDataDir;
+  THestrelClientOptions FOptions;
+  std::string FHostName;
+  std::int32_t FPort = 64211;
+  std::string FPlatform;
+  TRACredential FCredential;
+  std::string FSysRoot;
+  TSshSessionPtr FSession;
+  TSftpSessionPtr FSftp;  ///< opened on first use, kept for the connection
+  std::string FLastError;
+};
+
+}  // namespace hestrel

@@ -1,0 +1,22 @@
+// Hestrel client (Part 3.1, connecting): host keys in the product's own known-hosts file.
+#pragma once
+
+#include <libssh/libssh.h>
+
+#include <string>
+
+namespace hestrel {
+
+/// The known-hosts file of the product: AppDataDir + "/known_hosts" (OpenSSH format).
+std::string KnownHostsPath(const std::string& AppDataDir);
+
+/// Points the session at the product's known-hosts file only (never the user's or the
+/// system's). Call before ssh_connect.
+void UseProductKnownHosts(ssh_session Session, const std::string& KnownHostsFile);
+
+/// After ssh_connect: a first-seen host's key is recorded; a known host must show the
+/// recorded key. Answers "" when the key is accepted, else the error text.
+std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port,
+                          const std::string& KnownHostsFile);
+
+}  // namespace hestrel

@@ -1,0 +1,77 @@
+// Hestrel client (Part 3.3, GetFiles): where remote files may land locally. Nothing from
+// the remote side may write outside the local root: names are checked here, and files
+// are written whole (temporary name, then rename) by TLocalTempFile.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/AgentClient.h"
+
+namespace hestrel {
+
+/// A single directory entry name that is safe to append: not empty, not "." or "..",
+/// no '/' and no NUL.
+bool IsSafeEntryName(std::string_view Name);
+
+/// A relative "/"-separated path whose every component is a safe entry name.
+bool IsSafeRelativePath(std::string_view Path);
+
+/// Normalises a remote path for mapping under the local root: empty and "." components
+/// dropped; false when a component is ".." (it could climb out of the root).
+bool NormaliseRemotePath(std::string_view RemotePath, std::string& Normalised);
+
+/// The local place of a remote path: Root + "/" + the normalised remote path. False
+/// (Local untouched) when the remote path is unsafe.
+bool LocalPathUnderRoot(const std::string& Root, std::string_view RemotePath, std::string& Local);
+
+/// Resolves a symbolic link's target lexically against the directory holding the link
+/// (both remote, absolute or relative to the login directory); "" when it climbs above
+/// the file-system root.
+std::string ResolveLinkTarget(std::string_view LinkDirectory, std::string_view Target);
+
+/// True when Path is Tree itself or lies below it (both normalised, "/"-separated).
+bool IsWithinTree(std::string_view Tree, std::string_view Path);
+
+/// The relative path from directory From to Path (both normalised, Path within the same
+/// tree): e.g. ("a/b", "a/c/d") -> "../c/d".
+std::string RelativePath(std::string_view From, std::string_view Path);
+
+/// True when the existing local directory Dir, with every symbolic link resolved, lies
+/// inside Root (also resolved). Creates nothing.
+bool LocalDirectoryInsideRoot(const std::string& Dir, const std::string& Root);
+
+/// Size and modification time (seconds) of a local regular file; false when absent.
+bool LocalFileInfo(const std::string& Path, std::int64_t& Size, std::int64_t& ModifiedSeconds);
+
+TDateTime FromUnixSeconds(std::int64_t Seconds);
+
+/// A temporary file in the destination's directory; removed on destruction unless
+/// Commit renamed it to its final name.
+class TLocalTempFile {
+ public:
+  explicit TLocalTempFile(const std::string& FinalPath);
+  TLocalTempFile(const TLocalTempFile&) = delete;
+  TLocalTempFile& operator=(const TLocalTempFile&) = delete;
+  ~TLocalTempFile();
+  bool IsOpen() const { return FFd >= 0; }
+  int GetErrno() const { return FErrno; }
+  /// Appends Size bytes; false (GetErrno) on failure.
+  bool Write(const void* Data, std::size_t Size);
+  /// Closes, sets the modification time (seconds) and renames over the final path.
+  bool Commit(std::int64_t ModifiedSeconds);
+  const std::string& GetTempPath() const { return FTempPath; }
+
+ private:
+  std::string FFinalPath;
+  std::string FTempPath;
+  int FFd = -1;
+  int FErrno = 0;
+  bool FCommitted = false;
+};
+
+/// The error text of a local errno for File (permission denied, disk full, other).
+std::string LocalErrorText(const std::string& File, int Errno);
+
+}  // namespace hestrel

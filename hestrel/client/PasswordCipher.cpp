@@ -1,0 +1,147 @@
+// Hestrel client: password cipher (see PasswordCipher.h).
+#include "client/PasswordCipher.h"
+
+#include <fcntl.h>
+#include <sodium.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <vector>
+
+#include "client/ClientErrors.h"
+#include "core/Text.h"
+
+namespace hestrel {
+
+TSecretText::TSecretText(TSecretText&& Other) noexcept : FValue(std::move(Other.FValue)) { Other.Wipe(); }
+
+TSecretText& TSecretText::operator=(TSecretText&& Other) noexcept {
+  if (this != &Other) {
+    Wipe();
+    FValue = std::move(Other.FValue);
+    Other.Wipe();
+  }
+  return *this;
+}
+
+TSecretText::~TSecretText() { Wipe(); }
+
+void TSecretText::Wipe() {
+  // Wipe the whole buffer (also short-string storage) before letting it go.
+  if (FValue.capacity() > 0) sodium_memzero(FValue.data(), FValue.capacity());
+  FValue.clear();
+}
+
+namespace {
+
+bool ReadAll(int Fd, unsigned char* Data, size_t Size) {
+  size_t Done = 0;
+  while (Done < Size) {
+    ssize_t N = read(Fd, Data + Done, Size - Done);
+    if (N < 0 && errno == EINTR) continue;
+    if (N <= 0) return false;
+    Done += static_cast<size_t>(N);
+  }
+  unsigned char Extra;
+  return read(Fd, &Extra, 1) == 0;  // exactly 32 bytes: anything else is not our key
+}
+
+bool WriteAll(int Fd, const unsigned char* Data, size_t Size) {
+  size_t Done = 0;
+  while (Done < Size) {
+    ssize_t N = write(Fd, Data + Done, Size - Done);
+    if (N < 0 && errno == EINTR) continue;
+    if (N <= 0) return false;
+    Done += static_cast<size_t>(N);
+  }
+  return true;
+}
+
+}  // namespace
+
+TPasswordCipher::TPasswordCipher(std::string KeyDirectory) : FKeyDirectory(std::move(KeyDirectory)) {
+  if (sodium_init() < 0) FLastError = "libsodium cannot be initialised";
+}
+
+std::string TPasswordCipher::KeyFilePath() const {
+  return (std::filesystem::path(FKeyDirectory) / PasswordKeyFileName).string();
+}
+
+bool TPasswordCipher::LoadKey(unsigned char* Key) {
+  const std::string Path = KeyFilePath();
+  std::error_code Ec;
+  std::filesystem::create_directories(FKeyDirectory, Ec);
+  // Create the key exclusively (0600 from the start, no window with wider rights); when
+  // another process won the race or the key exists, read it.
+  int Fd = open(Path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (Fd >= 0) {
+    randombytes_buf(Key, crypto_secretbox_KEYBYTES);
+    bool Ok = WriteAll(Fd, Key, crypto_secretbox_KEYBYTES) && fsync(Fd) == 0;
+    close(Fd);
+    if (Ok) return true;
+    unlink(Path.c_str());
+  } else if (errno == EEXIST) {
+    Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (Fd >= 0) {
+      bool Ok = ReadAll(Fd, Key, crypto_secretbox_KEYBYTES);
+      close(Fd);
+      if (Ok) return true;
+    }
+  }
+  sodium_memzero(Key, crypto_secretbox_KEYBYTES);
+  FLastError = Format(sErrKeyFile, {Path});
+  return false;
+}
+
+std::string TPasswordCipher::Encrypt(const std::string& Password) {
+  FLastError.clear();
+  if (Password.empty()) return "";
+  unsigned char Key[crypto_secretbox_KEYBYTES];
+  if (!LoadKey(Key)) return "";
+  std::vector<unsigned char> Box(crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES + Password.size());
+  randombytes_buf(Box.data(), crypto_secretbox_NONCEBYTES);
+  crypto_secretbox_easy(Box.data() + crypto_secretbox_NONCEBYTES,
+                        reinterpret_cast<const unsigned char*>(Password.data()), Password.size(), Box.data(), Key);
+  sodium_memzero(Key, sizeof Key);
+  std::string Text(sodium_base64_ENCODED_LEN(Box.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
+  sodium_bin2base64(Text.data(), Text.size(), Box.data(), Box.size(), sodium_base64_VARIANT_ORIGINAL);
+  Text.resize(Text.size() - 1);  // the terminating NUL
+  return PasswordCipherPrefix + Text;
+}
+
+bool TPasswordCipher::Decrypt(const std::string& Stored, TSecretText& Clear) {
+  FLastError.clear();
+  Clear.Wipe();
+  const std::string Prefix = PasswordCipherPrefix;
+  if (Stored.compare(0, Prefix.size(), Prefix) != 0) {
+    FLastError = sErrPasswordFormat;
+    return false;
+  }
+  const std::string Text = Stored.substr(Prefix.size());
+  std::vector<unsigned char> Box(Text.size());
+  size_t BoxSize = 0;
+  if (sodium_base642bin(Box.data(), Box.size(), Text.data(), Text.size(), nullptr, &BoxSize, nullptr,
+                        sodium_base64_VARIANT_ORIGINAL) != 0 ||
+      BoxSize < crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES) {
+    FLastError = sErrPasswordFormat;
+    return false;
+  }
+  unsigned char Key[crypto_secretbox_KEYBYTES];
+  if (!LoadKey(Key)) return false;
+  const size_t ClearSize = BoxSize - crypto_secretbox_NONCEBYTES - crypto_secretbox_MACBYTES;
+  Clear.Mutable().assign(ClearSize, '\0');
+  const int Rc = crypto_secretbox_open_easy(reinterpret_cast<unsigned char*>(Clear.Mutable().data()),
+                                            Box.data() + crypto_secretbox_NONCEBYTES,
+                                            BoxSize - crypto_secretbox_NONCEBYTES, Box.data(), Key);
+  sodium_memzero(Key, sizeof Key);
+  if (Rc != 0) {
+    Clear.Wipe();
+    FLastError = Format(sErrPasswordTampered, {KeyFilePath()});
+    return false;
+  }
+  return true;
+}
+
+}  // namespace hestrel
