@@ -39,7 +39,8 @@ std::string DocumentsDirFromUserDirs() {
   return {};
 }
 
-/// mkdir -p with Mode for every directory it creates.
+}  // namespace
+
 void MakeDirectories(const std::string& Dir, mode_t Mode) {
   struct stat Info {};
   if (Dir.empty() || ::stat(Dir.c_str(), &Info) == 0) return;
@@ -47,8 +48,6 @@ void MakeDirectories(const std::string& Dir, mode_t Mode) {
   if (Slash != std::string::npos && Slash > 0) MakeDirectories(Dir.substr(0, Slash), Mode);
   ::mkdir(Dir.c_str(), Mode);
 }
-
-}  // namespace
 
 std::string HomeDir() {
   const std::string Home = Env("HOME");

@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+#include <sys/types.h>
+
 #include "host/Environment.h"
 
 namespace LinuxHost {
@@ -22,6 +24,8 @@ std::string DefaultAppDataDir();
 std::string DefaultBaseDocumentsDir();
 /// $HOME, else the password database's home directory of the user.
 std::string HomeDir();
+/// mkdir -p; every directory it creates gets Mode. Failures are left to the first write.
+void MakeDirectories(const std::string& Dir, mode_t Mode);
 
 }  // namespace LinuxHost
 
