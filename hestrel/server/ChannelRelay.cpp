@@ -143,13 +143,13 @@ int TChannelRelay::OnShell(ssh_session, ssh_channel, void* Self) {
 
 int TChannelRelay::OnStdoutReady(socket_t, int, void* Self) {
   TChannelRelay* R = Relay(Self);
-  R->PumpOutput(R->FChild.Stdout, false, R->FStdoutEof);
+  R->PumpOutput(R->FChild.Stdout, false, R->FStdoutEof, R->FStdoutBlock);
   return 0;
 }
 
 int TChannelRelay::OnStderrReady(socket_t, int, void* Self) {
   TChannelRelay* R = Relay(Self);
-  R->PumpOutput(R->FChild.Stderr, true, R->FStderrEof);
+  R->PumpOutput(R->FChild.Stderr, true, R->FStderrEof, R->FStderrBlock);
   return 0;
 }
 
@@ -160,16 +160,16 @@ int TChannelRelay::OnStdinReady(socket_t, int, void* Self) {
 
 // ---- byte movers --------------------------------------------------------------------------
 
-void TChannelRelay::PumpOutput(TUniqueFd& Fd, bool IsStderr, bool& Eof) {
+void TChannelRelay::PumpOutput(TUniqueFd& Fd, bool IsStderr, bool& Eof, std::unique_ptr<char[]>& Block) {
   if (!Fd.Valid() || Eof || FChannelBroken || FClosedLocally || FRemoteClosed) return;
   uint32_t Window = ssh_channel_window_size(FChannel);
   if (Window == 0) return;  // Service() stops watching until the client opens the window
-  std::vector<char> Block(std::min<std::size_t>(Window, RelayBlock));
-  ssize_t N = ::read(Fd.Get(), Block.data(), Block.size());
+  if (!Block) Block.reset(new char[RelayBlock]);
+  ssize_t N = ::read(Fd.Get(), Block.get(), std::min<std::size_t>(Window, RelayBlock));
   if (N > 0) {
     uint32_t Length = static_cast<uint32_t>(N);
-    int Written = IsStderr ? ssh_channel_write_stderr(FChannel, Block.data(), Length)
-                           : ssh_channel_write(FChannel, Block.data(), Length);
+    int Written = IsStderr ? ssh_channel_write_stderr(FChannel, Block.get(), Length)
+                           : ssh_channel_write(FChannel, Block.get(), Length);
     if (Written == SSH_ERROR) FChannelBroken = true;
   } else if (N == 0 || (errno != EAGAIN && errno != EINTR)) {
     Eof = true;
@@ -201,15 +201,16 @@ void TChannelRelay::FlushStdin() {
 
 void TChannelRelay::PullHeldInput() {
   while (FInputHeld && !FStdinDead && FInput.size() < InputLimit) {
-    std::vector<char> Block(InputLimit - FInput.size());
-    int N = ssh_channel_read_nonblocking(FChannel, Block.data(), static_cast<uint32_t>(Block.size()), 0);
+    if (!FInputBlock) FInputBlock.reset(new char[InputLimit]);
+    std::size_t Room = InputLimit - FInput.size();
+    int N = ssh_channel_read_nonblocking(FChannel, FInputBlock.get(), static_cast<uint32_t>(Room), 0);
     if (N <= 0) {
       FInputHeld = false;
       break;
     }
-    FInput.append(Block.data(), static_cast<std::size_t>(N));
+    FInput.append(FInputBlock.get(), static_cast<std::size_t>(N));
     FlushStdin();
-    if (static_cast<std::size_t>(N) < Block.size()) FInputHeld = false;
+    if (static_cast<std::size_t>(N) < Room) FInputHeld = false;
   }
 }
 

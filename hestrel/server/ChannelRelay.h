@@ -15,6 +15,7 @@
 #include <libssh/callbacks.h>
 #include <libssh/libssh.h>
 
+#include <memory>
 #include <string>
 
 #include "server/ChildProcess.h"
@@ -45,7 +46,7 @@ class TChannelRelay {
 
  private:
   bool Start(const std::vector<std::string>& Argv, const std::string& What);
-  void PumpOutput(TUniqueFd& Fd, bool IsStderr, bool& Eof);
+  void PumpOutput(TUniqueFd& Fd, bool IsStderr, bool& Eof, std::unique_ptr<char[]>& Block);
   void FlushStdin();
   void PullHeldInput();
   void UpdateWatch(TUniqueFd& Fd, bool& Watching, bool Want, short Events, ssh_event_callback Callback);
@@ -80,6 +81,9 @@ class TChannelRelay {
   int FWaitStatus = 0;
 
   std::string FInput;         ///< channel data taken from libssh, not yet written to stdin
+  // Buffers, allocated on first use and never cleared (a pump of one stream never nests
+  // inside itself: libssh locks a poll handle while its callback runs).
+  std::unique_ptr<char[]> FStdoutBlock, FStderrBlock, FInputBlock;
   bool FInputHeld = false;    ///< libssh still buffers data we declined to take
   bool FRemoteEof = false;
   bool FRemoteClosed = false;
