@@ -1,0 +1,75 @@
+// zephprof: what every command shares — the global options, the reference host put in
+// place with the terminal message box and progress display, the live manager, the commit
+// of changes, the output streams and the exit statuses.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+#include "core/RemoteProfileManager.h"
+#include "host/linux/IniFile.h"
+#include "host/linux/TerminalProgress.h"
+#include "ui/ProfileCommands.h"
+
+/// Exit statuses: success, the operation failed, a usage error.
+enum TExitStatus : int { ExitOk = 0, ExitFailed = 1, ExitUsage = 2 };
+
+struct TGlobalOptions {
+  std::string SettingsFile;  ///< empty: the XDG default
+  std::string DataDir;       ///< empty: the XDG default
+  bool Yes = false;
+  bool No = false;
+  bool Json = false;
+};
+
+class TAppContext {
+ public:
+  TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err);
+  ~TAppContext();
+
+  /// Installs the reference host and loads the settings file; false (reported, naming the
+  /// file and line) when the file is damaged or unreadable. Nothing is written then.
+  bool Open();
+
+  TRemoteProfileManagerPtr Live() const { return FLive; }
+  /// The live profile named Name (any case), or nullptr after "No profile named '%s'".
+  IOTARemoteProfilePtr FindProfile(const std::string& Name);
+
+  /// Part 6.1 accept (NotifyRenames, Assign, WriteEnvOptions), then the file is written.
+  bool Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames);
+  /// The live manager's own change committed: SaveOptions, then the file is written.
+  bool SaveLive();
+
+  /// The command's progress display (also the host's, for UpdateProgressForm).
+  TTerminalProgress& Progress() { return *FProgress; }
+
+  const TGlobalOptions& Options() const { return FOptions; }
+  bool Json() const { return FOptions.Json; }
+  std::istream& In() { return FIn; }
+  std::ostream& Out() { return FOut; }
+  std::ostream& Err() { return FErr; }
+  /// Writes "zephprof: " + Text to the error stream (the system's texts unchanged).
+  void Error(const std::string& Text);
+  /// Whether standard input is a terminal (prompts, questions).
+  bool StdinIsTerminal() const;
+  const std::string& SettingsFileName() const { return FSettingsFile; }
+  std::string AppDataDir() const;
+
+ private:
+  bool WriteSettingsFile();
+
+  TGlobalOptions FOptions;
+  std::istream& FIn;
+  std::ostream& FOut;
+  std::ostream& FErr;
+  std::string FSettingsFile;
+  TIniFilePtr FIni;
+  std::shared_ptr<TTerminalProgress> FProgress;
+  TRemoteProfileManagerPtr FLive;
+};
+
+/// Reads a password for a profile: one line from standard input (--password-stdin), or
+/// a prompt without echo on a terminal. Answers false when there is none to read.
+bool ReadPasswordFromStdin(std::istream& In, std::string& Password);
+bool PromptPassword(std::ostream& Err, std::string& Password);

@@ -1,0 +1,160 @@
+// zephprof: paths (a profile's remote SDK path items, Parts 1.1, 6.4) and default-paths
+// (a platform's default set, Part 2.3); export and import of profile files (Parts 2.2, 6.1).
+#include <filesystem>
+#include <memory>
+#include <ostream>
+
+#include "Commands.h"
+#include "core/Text.h"
+#include "persistence/DefaultSdkPaths.h"
+
+namespace {
+
+struct TPathArgs {
+  std::string Name;
+  std::string Path, Mask, Type;
+  bool SubDirs = false;
+  int Index = -1;
+};
+
+enum class TPathAction { List, Add, Remove, Reset };
+
+/// Changes the working copy's path items of the profile and commits.
+int ChangePaths(TAppContext& C, const TPathArgs& A, TPathAction What) {
+  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
+  const IOTARemoteProfilePtr P = Copy->GetProfile(A.Name);
+  // A fresh array: the host's arrays are shared by reference with the live profile (Part 1.1).
+  std::vector<TOTARemoteProfilePathItem> Items = P->GetPaths().ToVector();
+  if (What == TPathAction::Add) {
+    TOTARemoteProfilePathItem Item{A.Path, A.Mask, A.SubDirs, ptIncludePath};
+    if (!ParsePathType(A.Type, Item.Type)) {
+      C.Error(Format("'%s' is not a path type (include, library, framework, other or 0 to 3)", {A.Type}));
+      return ExitUsage;
+    }
+    if (!CheckPathItem(Item)) return ExitUsage;
+    Items.push_back(Item);
+  } else if (What == TPathAction::Remove) {
+    if (A.Index < 0 || static_cast<std::size_t>(A.Index) >= Items.size()) {
+      C.Error(Format("'%s' has no path item %d (it has %d)",
+                     {P->GetName(), std::int64_t{A.Index}, static_cast<std::int64_t>(Items.size())}));
+      return ExitFailed;
+    }
+    Items.erase(Items.begin() + A.Index);
+  } else {
+    Items = GetDefaultPaths(P->GetPlatformName()).ToVector();
+  }
+  P->SetPaths(TOTARemoteProfilePathArray(std::move(Items)));
+  if (!C.Commit(Copy, {})) return ExitFailed;
+  if (!C.Json()) C.Out() << "Path items of '" << P->GetName() << "': " << P->GetPaths().size() << '\n';
+  PrintPathItems(C, P->GetPaths());
+  return ExitOk;
+}
+
+int Paths(TAppContext& C, const TPathArgs& A, TPathAction What) {
+  const IOTARemoteProfilePtr P = C.FindProfile(A.Name);
+  if (!P) return ExitFailed;
+  if (What != TPathAction::List) return ChangePaths(C, A, What);
+  PrintPathItems(C, P->GetPaths());
+  return ExitOk;
+}
+
+int DefaultPaths(TAppContext& C, const std::string& Platform, const std::string& SaveFrom) {
+  if (!CheckKnownPlatform(C, Platform)) return ExitUsage;
+  if (SaveFrom.empty()) {
+    PrintPathItems(C, GetDefaultPaths(Platform));
+    return ExitOk;
+  }
+  const IOTARemoteProfilePtr P = C.FindProfile(SaveFrom);
+  if (!P) return ExitFailed;
+  SetDefaultPaths(Platform, P->GetPaths());  // says "Saved default paths to %s" itself
+  return ExitOk;
+}
+
+int Export(TAppContext& C, const std::string& Name, const std::string& File) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  std::string FileName = File;
+  if (!ExportProfile(*C.Live(), P, FileName)) {
+    C.Error(Format("'%s' was not exported", {P->GetName()}));
+    return ExitFailed;
+  }
+  C.Out() << "Exported '" << P->GetName() << "' to " << FileName << '\n';
+  return ExitOk;
+}
+
+int Import(TAppContext& C, const std::string& File) {
+  if (!std::filesystem::is_regular_file(File)) {
+    C.Error(Format("File '%s' does not exist", {File}));
+    return ExitFailed;
+  }
+  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
+  IOTARemoteProfilePtr P;
+  switch (ImportProfile(*Copy, File, P)) {
+    case TImportResult::NotTaken: C.Error(Format("nothing was imported from %s", {File})); return ExitFailed;
+    case TImportResult::InvalidPlatform: return ExitFailed;  // reported; nothing is committed
+    case TImportResult::Imported: break;
+  }
+  if (!C.Commit(Copy, {})) return ExitFailed;
+  C.Out() << "Imported profile '" << P->GetName() << "' for " << PlatformLabel(P->GetPlatformName()) << '\n';
+  return ExitOk;
+}
+
+}  // namespace
+
+void AddPathCommands(CLI::App& App, TAction& Action) {
+  auto A = std::make_shared<TPathArgs>();
+  auto* PathsCmd = App.add_subcommand("paths", "A profile's remote SDK path items: list (default), add, remove, reset");
+  PathsCmd->add_option("NAME", A->Name, "profile")->required();
+  PathsCmd->require_subcommand(0, 1);
+  PathsCmd->footer(
+      "TYPE is include, library, framework or other (0 to 3). For a framework, MASK is the framework\n"
+      "name and --subdirs fetches its non-essential files too. Indices are those 'list' shows.\n"
+      "Example:\n  zephprof paths \"Build Mac\" add /usr/include '*' include --subdirs\n"
+      "  zephprof paths \"Build Mac\" remove 0\n  zephprof paths \"Build Mac\" reset");
+  auto* ListCmd = PathsCmd->add_subcommand("list", "list the path items with their indices");
+  auto* AddCmd = PathsCmd->add_subcommand("add", "append a path item");
+  AddCmd->add_option("PATH", A->Path, "directory on the remote machine")->required();
+  AddCmd->add_option("MASK", A->Mask, "file mask, or framework name")->required();
+  AddCmd->add_option("TYPE", A->Type, "include, library, framework or other")->required();
+  AddCmd->add_flag("--subdirs", A->SubDirs, "include subdirectories (non-essential framework files)");
+  auto* RemoveCmd = PathsCmd->add_subcommand("remove", "remove the path item at INDEX");
+  RemoveCmd->add_option("INDEX", A->Index, "index as listed (from 0)")->required();
+  auto* ResetCmd = PathsCmd->add_subcommand("reset", "replace the items by the platform's default set");
+  PathsCmd->callback([&Action, A, ListCmd, AddCmd, RemoveCmd, ResetCmd] {
+    TPathAction What = TPathAction::List;
+    if (AddCmd->parsed()) What = TPathAction::Add;
+    if (RemoveCmd->parsed()) What = TPathAction::Remove;
+    if (ResetCmd->parsed()) What = TPathAction::Reset;
+    (void)ListCmd;
+    Action = [A, What](TAppContext& C) { return Paths(C, *A, What); };
+  });
+
+  auto Platform = std::make_shared<std::string>();
+  auto SaveFrom = std::make_shared<std::string>();
+  auto* DefaultsCmd = App.add_subcommand("default-paths", "Show, or save, a platform's default path set");
+  DefaultsCmd->add_option("PLATFORM", *Platform, "platform identifier")->required();
+  DefaultsCmd->add_option("--save-from", *SaveFrom, "save this profile's path items as the platform's default set");
+  DefaultsCmd->footer("New profiles of the platform start from this set.\n"
+                      "Example:\n  zephprof default-paths OSX32\n  zephprof default-paths OSX32 --save-from \"Build Mac\"");
+  DefaultsCmd->callback([&Action, Platform, SaveFrom] {
+    Action = [Platform, SaveFrom](TAppContext& C) { return DefaultPaths(C, *Platform, *SaveFrom); };
+  });
+}
+
+void AddFileCommands(CLI::App& App, TAction& Action) {
+  auto Name = std::make_shared<std::string>();
+  auto File = std::make_shared<std::string>();
+  auto* ExportCmd = App.add_subcommand("export", "Write a profile to a profile file");
+  ExportCmd->add_option("NAME", *Name, "profile")->required();
+  ExportCmd->add_option("FILE", *File, "file to write (\".profile\" added when it has no extension)")->required();
+  ExportCmd->footer("An existing file is replaced only when the question is answered Yes (--yes).\n"
+                    "Example:\n  zephprof export \"Build Mac\" ~/mac.profile");
+  ExportCmd->callback([&Action, Name, File] {
+    Action = [Name, File](TAppContext& C) { return Export(C, *Name, *File); };
+  });
+  auto* ImportCmd = App.add_subcommand("import", "Read a profile file into the profiles");
+  ImportCmd->add_option("FILE", *File, "profile file")->required();
+  ImportCmd->footer("A profile of the same name is replaced (its path items kept) only when the question is\n"
+                    "answered Yes (--yes).\nExample:\n  zephprof import ~/mac.profile");
+  ImportCmd->callback([&Action, File] { Action = [File](TAppContext& C) { return Import(C, *File); }; });
+}

@@ -1,0 +1,252 @@
+// zephprof: the remote operations of a profile — test (Part 3.1), update-cache (3.3), put and
+// rm (3.2), env, expand, exists, ls, symlink (3.4) and run (3.5) — each one call of the manager.
+#include <filesystem>
+#include <memory>
+#include <ostream>
+
+#include "Commands.h"
+#include "Json.h"
+#include "core/ResourceStrings.h"
+#include "core/Text.h"
+#include "host/linux/ProfilePlatformSDK.h"
+
+namespace {
+
+/// Why a query of Part 3.4 got nothing: its shared client was not connected afterwards
+/// (then the agent's text, or the connection-failed text), or the agent's last error.
+struct TQueryState {
+  bool Connected = false;
+  std::string LastError;
+};
+
+/// Runs Query between BeginOperation and EndOperation (Part 3.1), so that the profile's
+/// shared client is still there to be asked afterwards whether it connected.
+template <class TQuery>
+TQueryState Bracketed(TAppContext& C, const IOTARemoteProfilePtr& P, TQuery&& Query) {
+  TRemoteProfileManager& Live = *C.Live();
+  Live.BeginOperation(P);
+  TQueryState State;
+  try {
+    Query();
+    if (const TRAClientPtr Client = Live.ClientFromProfile(P, false)) {
+      State.Connected = Client->IsConnected();
+      State.LastError = Client->GetLastError();
+      Live.ReleaseProfileClient(P);
+    }
+  } catch (...) {
+    Live.EndOperation(P);
+    throw;
+  }
+  Live.EndOperation(P);
+  if (!State.Connected && State.LastError.empty())
+    State.LastError = ConnectionFailedText(P->GetHostName(), P->GetPortNumber());
+  return State;
+}
+
+int ReportFailure(TAppContext& C, const std::string& Text) {
+  C.Error(TerminalText(Text));
+  return ExitFailed;
+}
+
+int Test(TAppContext& C, const std::string& Name) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  std::string ErrorMessage;
+  if (!C.Live()->TestConnection(P, ErrorMessage, nullptr)) return ReportFailure(C, ErrorMessage);
+  C.Out() << Format(sConnectionSucceeded, {P->GetHostName(), std::int64_t{P->GetPortNumber()}}) << '\n';
+  return ExitOk;
+}
+
+/// The end of a long operation: errors listed, and the status they make.
+int Finished(TAppContext& C, bool Succeeded) {
+  C.Progress().Finish();
+  if (C.Progress().Cancelled()) {
+    C.Error("cancelled");
+    return ExitFailed;
+  }
+  return Succeeded && C.Progress().Errors().empty() ? ExitOk : ExitFailed;
+}
+
+int UpdateCache(TAppContext& C, const std::string& Name) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  // The reference host's SDK is the profile itself: its path items into its local root.
+  C.Live()->SetPlatformSDK(std::make_shared<TProfilePlatformSDK>(P));
+  const bool Succeeded = C.Live()->GetProfileFilesWithProgress(P);
+  const int Status = Finished(C, Succeeded);
+  if (Status == ExitOk) C.Out() << "Local file cache of '" << P->GetName() << "': " << P->GetSystemRoot() << '\n';
+  return Status;
+}
+
+int Put(TAppContext& C, const std::string& Name, const std::vector<std::string>& Files, const std::string& To) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  std::vector<TOTAPutFileItem> Items;
+  for (const std::string& File : Files) {
+    if (!std::filesystem::is_regular_file(File)) {
+      C.Error(Format("File '%s' does not exist", {File}));
+      return ExitFailed;
+    }
+    Items.push_back({File, To, "", 0});
+  }
+  return Finished(C, C.Live()->PutFilesWithProgress(P, Items));
+}
+
+int Rm(TAppContext& C, const std::string& Name, const std::vector<std::string>& Files) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  return Finished(C, C.Live()->RemoveRemoteFilesWithProgress(P, Files));
+}
+
+int Env(TAppContext& C, const std::string& Name) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  const std::vector<std::string> Variables = C.Live()->GetEnvironmentVariables(P, nullptr);
+  // Part 3.4: a failed connection comes back as the one variable "_" holding the error.
+  if (Variables.size() == 1 && Variables[0].rfind("_=", 0) == 0)
+    return ReportFailure(C, Variables[0].substr(2));
+  TJsonObject Object;
+  for (const std::string& Variable : Variables) {
+    if (!C.Json()) {
+      C.Out() << Variable << '\n';
+      continue;
+    }
+    const std::size_t Equals = Variable.find('=');
+    Object.Add(Variable.substr(0, Equals), Equals == std::string::npos ? "" : Variable.substr(Equals + 1));
+  }
+  if (C.Json()) C.Out() << Object.Text() << '\n';
+  return ExitOk;
+}
+
+int Expand(TAppContext& C, const std::string& Name, const std::string& Path) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  std::string Expanded;
+  const TQueryState State = Bracketed(C, P, [&] { Expanded = C.Live()->ExpandPath(P, Path, nullptr); });
+  if (!State.Connected) return ReportFailure(C, State.LastError);
+  C.Out() << Expanded << '\n';
+  return ExitOk;
+}
+
+int Exists(TAppContext& C, const std::string& Name, const std::string& Path) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  bool Found = false;
+  const TQueryState State = Bracketed(C, P, [&] { Found = C.Live()->RemoteDirectoryExists(P, Path, nullptr); });
+  if (!State.Connected) return ReportFailure(C, State.LastError);
+  C.Out() << (C.Json() ? (Found ? "true" : "false") : (Found ? "yes" : "no")) << '\n';
+  return Found ? ExitOk : ExitFailed;
+}
+
+int Ls(TAppContext& C, const std::string& Name, const std::string& Path, int Depth, bool DirsOnly) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  std::unique_ptr<TRARemoteFileList> Listing;
+  const TQueryState State =
+      Bracketed(C, P, [&] { Listing = C.Live()->BrowseRemoteFileSystem(P, Path, Depth, DirsOnly, nullptr); });
+  if (!State.Connected) return ReportFailure(C, State.LastError);
+  if (!Listing) return ReportFailure(C, State.LastError.empty() ? "the remote directory could not be listed"
+                                                                : State.LastError);
+  std::vector<std::string> Items;
+  for (const TRARemoteFile& File : *Listing) {
+    if (C.Json()) {
+      Items.push_back(TJsonObject()
+                          .Add("name", File.Name)
+                          .Add("directory", File.IsDirectory)
+                          .Add("symlink", File.IsSymLink)
+                          .Add("size", static_cast<std::int64_t>(File.Size))
+                          .Text());
+    } else {
+      C.Out() << File.Name << (File.IsDirectory ? "/" : "") << (File.IsSymLink ? " ->" : "")
+              << (File.IsDirectory ? "" : "  " + std::to_string(File.Size)) << '\n';
+    }
+  }
+  if (C.Json()) C.Out() << JsonArray(Items) << '\n';
+  return ExitOk;
+}
+
+int Symlink(TAppContext& C, const std::string& Name, const std::string& Target, const std::string& Link) {
+  const IOTARemoteProfilePtr P = C.FindProfile(Name);
+  if (!P) return ExitFailed;
+  bool Made = false;
+  const TQueryState State = Bracketed(C, P, [&] { Made = C.Live()->CreateSymLink(P, Target, Link, nullptr); });
+  if (!State.Connected) return ReportFailure(C, State.LastError);
+  if (!Made) return ReportFailure(C, State.LastError.empty() ? "the link could not be made" : State.LastError);
+  C.Out() << Link << " -> " << Target << '\n';
+  return ExitOk;
+}
+
+}  // namespace
+
+void AddRemoteCommands(CLI::App& App, TAction& Action) {
+  auto Name = std::make_shared<std::string>();
+  auto* TestCmd = App.add_subcommand("test", "Test the connection to a profile's Hestrel server");
+  TestCmd->add_option("NAME", *Name, "profile")->required();
+  TestCmd->footer("Example:\n  zephprof test \"Build Mac\"");
+  TestCmd->callback([&Action, Name] { Action = [Name](TAppContext& C) { return Test(C, *Name); }; });
+
+  auto* CacheCmd = App.add_subcommand("update-cache", "Pull the remote SDK's path items into the local root");
+  CacheCmd->add_option("NAME", *Name, "profile")->required();
+  CacheCmd->footer("Shows progress; Ctrl-C cancels. An existing local file is replaced only when the\n"
+                   "question is answered Yes (--yes answers every one).\n"
+                   "Example:\n  zephprof --yes update-cache \"Build Mac\"");
+  CacheCmd->callback([&Action, Name] { Action = [Name](TAppContext& C) { return UpdateCache(C, *Name); }; });
+
+  auto Files = std::make_shared<std::vector<std::string>>();
+  auto To = std::make_shared<std::string>();
+  auto* PutCmd = App.add_subcommand("put", "Copy local files to a directory of the remote machine");
+  PutCmd->add_option("NAME", *Name, "profile")->required();
+  PutCmd->add_option("FILE", *Files, "local files")->required();
+  PutCmd->add_option("--to", *To, "remote directory")->required();
+  PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced.\n"
+                 "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
+  PutCmd->callback([&Action, Name, Files, To] {
+    Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };
+  });
+
+  auto* RmCmd = App.add_subcommand("rm", "Remove files on the remote machine");
+  RmCmd->add_option("NAME", *Name, "profile")->required();
+  RmCmd->add_option("REMOTE_FILE", *Files, "remote files")->required();
+  RmCmd->footer("Example:\n  zephprof rm \"Build Mac\" /tmp/deploy/app.bin");
+  RmCmd->callback([&Action, Name, Files] { Action = [Name, Files](TAppContext& C) { return Rm(C, *Name, *Files); }; });
+
+  auto* EnvCmd = App.add_subcommand("env", "The remote machine's environment variables");
+  EnvCmd->add_option("NAME", *Name, "profile")->required();
+  EnvCmd->footer("Example:\n  zephprof env \"Build Mac\" --json");
+  EnvCmd->callback([&Action, Name] { Action = [Name](TAppContext& C) { return Env(C, *Name); }; });
+
+  auto Path = std::make_shared<std::string>();
+  auto* ExpandCmd = App.add_subcommand("expand", "Expand a path on the remote machine (~, $VARIABLES)");
+  ExpandCmd->add_option("NAME", *Name, "profile")->required();
+  ExpandCmd->add_option("PATH", *Path, "remote path")->required();
+  ExpandCmd->footer("Example:\n  zephprof expand \"Build Mac\" '~/sdk'");
+  ExpandCmd->callback([&Action, Name, Path] { Action = [Name, Path](TAppContext& C) { return Expand(C, *Name, *Path); }; });
+
+  auto* ExistsCmd = App.add_subcommand("exists", "Whether a remote directory exists (exit 0 yes, 1 no)");
+  ExistsCmd->add_option("NAME", *Name, "profile")->required();
+  ExistsCmd->add_option("PATH", *Path, "remote directory")->required();
+  ExistsCmd->footer("Example:\n  zephprof exists \"Build Mac\" /usr/include && echo present");
+  ExistsCmd->callback([&Action, Name, Path] { Action = [Name, Path](TAppContext& C) { return Exists(C, *Name, *Path); }; });
+
+  auto Depth = std::make_shared<int>(0);
+  auto DirsOnly = std::make_shared<bool>(false);
+  auto* LsCmd = App.add_subcommand("ls", "List a remote directory");
+  LsCmd->add_option("NAME", *Name, "profile")->required();
+  LsCmd->add_option("PATH", *Path, "remote directory")->required();
+  LsCmd->add_option("--depth", *Depth, "levels of subdirectories to list too (default 0)");
+  LsCmd->add_flag("--dirs-only", *DirsOnly, "list directories only");
+  LsCmd->footer("Example:\n  zephprof ls \"Build Mac\" /usr/include --depth 1");
+  LsCmd->callback([&Action, Name, Path, Depth, DirsOnly] {
+    Action = [Name, Path, Depth, DirsOnly](TAppContext& C) { return Ls(C, *Name, *Path, *Depth, *DirsOnly); };
+  });
+
+  auto Link = std::make_shared<std::pair<std::string, std::string>>();
+  auto* LinkCmd = App.add_subcommand("symlink", "Create a symbolic link LINK -> TARGET on the remote machine");
+  LinkCmd->add_option("NAME", *Name, "profile")->required();
+  LinkCmd->add_option("TARGET", Link->first, "what the link points to")->required();
+  LinkCmd->add_option("LINK", Link->second, "the link to create")->required();
+  LinkCmd->footer("Example:\n  zephprof symlink \"Build Mac\" /opt/sdk-2 /opt/sdk");
+  LinkCmd->callback([&Action, Name, Link] {
+    Action = [Name, Link](TAppContext& C) { return Symlink(C, *Name, Link->first, Link->second); };
+  });
+}

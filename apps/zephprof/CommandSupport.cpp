@@ -1,0 +1,123 @@
+// zephprof: helpers shared by the commands (see Commands.h).
+#include <filesystem>
+#include <ostream>
+
+#include "Commands.h"
+#include "Json.h"
+#include "core/Text.h"
+#include "host/HostServices.h"
+#include "persistence/DefaultSdkPaths.h"
+
+std::string PathTypeName(TOTAPathItemType Type) {
+  switch (Type) {
+    case ptIncludePath: return "include";
+    case ptLibraryPath: return "library";
+    case ptFramework: return "framework";
+    case ptOtherPath: return "other";
+  }
+  return std::to_string(static_cast<int>(Type));
+}
+
+bool ParsePathType(const std::string& Text, TOTAPathItemType& Type) {
+  for (int Value = 0; Value <= 3; ++Value) {
+    const auto Candidate = static_cast<TOTAPathItemType>(Value);
+    if (SameText(Text, PathTypeName(Candidate)) || Text == std::to_string(Value)) {
+      Type = Candidate;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool CheckPlatformArgument(TAppContext& Context, const std::string& PlatformName) {
+  if (IsPlatformChoice(PlatformName)) return true;
+  std::string Choices;
+  for (const std::string& Choice : PlatformChoices()) Choices += (Choices.empty() ? "" : ", ") + Choice;
+  Context.Error(Format("'%s' is not a platform a profile can be made for (one of: %s)", {PlatformName, Choices}));
+  return false;
+}
+
+bool CheckKnownPlatform(TAppContext& Context, const std::string& PlatformName) {
+  if (!GetPlatformDisplayName(PlatformName).empty()) return true;
+  Context.Error(Format("Unknown platform '%s'", {PlatformName}));
+  return false;
+}
+
+std::string PlatformLabel(const std::string& PlatformName) {
+  const std::string Display = GetPlatformDisplayName(PlatformName);
+  return Display.empty() ? PlatformName : PlatformName + " (" + Display + ")";
+}
+
+std::string TerminalText(const std::string& Text) {
+  std::string Result;
+  for (std::size_t I = 0; I < Text.size(); ++I)
+    if (!(Text[I] == '\r' && I + 1 < Text.size() && Text[I + 1] == '\n')) Result += Text[I];
+  return Result;
+}
+
+std::string PathItemsJson(const TOTARemoteProfilePathArray& Paths) {
+  std::vector<std::string> Items;
+  for (const TOTARemoteProfilePathItem& Item : Paths)
+    Items.push_back(TJsonObject()
+                        .Add("path", Item.Path)
+                        .Add("mask", Item.Mask)
+                        .Add("includeSubDir", Item.IncludeSubDir)
+                        .Add("type", PathTypeName(Item.Type))
+                        .Text());
+  return JsonArray(Items);
+}
+
+void PrintPathItems(TAppContext& Context, const TOTARemoteProfilePathArray& Paths) {
+  if (Context.Json()) {
+    Context.Out() << PathItemsJson(Paths) << '\n';
+    return;
+  }
+  for (std::size_t I = 0; I < Paths.size(); ++I) {
+    const TOTARemoteProfilePathItem& Item = Paths[I];
+    Context.Out() << "  " << I << "  " << PathTypeName(Item.Type) << "  " << Item.Path << "  " << Item.Mask
+                  << (Item.IncludeSubDir ? "  subdirs" : "") << '\n';
+  }
+}
+
+void AddCredentialOptions(CLI::App& Command, TCredentialArgs& Args, bool WithAsk) {
+  auto* Stdin = Command.add_flag("--password-stdin", Args.PasswordStdin,
+                                 "read the password from the first line of standard input");
+  auto* File = Command.add_option("--passfile", Args.PassFile, "use a password file instead of a password");
+  Stdin->excludes(File);
+  if (WithAsk) {
+    auto* Ask = Command.add_flag("--ask-password", Args.AskPassword, "ask for a new password on the terminal");
+    Ask->excludes(Stdin)->excludes(File);
+  }
+}
+
+bool ReadCredential(TAppContext& Context, const TCredentialArgs& Args, bool PromptWhenNone,
+                    TOTARemoteProfileCredential& Credential, bool& Given) {
+  Given = true;
+  if (!Args.PassFile.empty()) {
+    if (!std::filesystem::is_regular_file(Args.PassFile)) {
+      Context.Error(Format("Password file '%s' does not exist", {Args.PassFile}));
+      return false;
+    }
+    // Part 6.2 GetData: a password file is the file's name, not a password, stored as it is.
+    Credential = {std::filesystem::absolute(Args.PassFile).string(), false, true};
+    return true;
+  }
+  std::string Password;
+  if (Args.PasswordStdin) {
+    if (!ReadPasswordFromStdin(Context.In(), Password)) {
+      Context.Error("no password on standard input");
+      return false;
+    }
+  } else if (Args.AskPassword || (PromptWhenNone && Context.StdinIsTerminal())) {
+    if (!PromptPassword(Context.Err(), Password)) {
+      Context.Error("no terminal to ask for the password (use --password-stdin or --passfile)");
+      return false;
+    }
+  } else {
+    Given = false;
+    return true;
+  }
+  // A typed password: not in stored form yet, so Part 2.1 enciphers it when saving.
+  Credential = {Password, true, false};
+  return true;
+}

@@ -1,0 +1,64 @@
+// zephprof: the command-line front end of the reference host. Parses the command line
+// (CLI11), puts the reference Linux host in place and runs one command; exit status 0 on
+// success, 1 when the operation failed, 2 for a usage error.
+#include <exception>
+#include <iostream>
+
+#include "Commands.h"
+#include "host/linux/TerminalProgress.h"
+
+namespace {
+
+int Main(int argc, char** argv) {
+  CLI::App App{"zephprof: connection profiles (remote machines running Hestrel) - add, change, test, "
+               "pull the remote SDK, copy files, query and run remotely."};
+  App.set_version_flag("--version", std::string("zephprof ") + ZEPHPROF_VERSION);
+  App.require_subcommand(1);
+  App.fallthrough();  // global options may also follow the command
+  TGlobalOptions Options;
+  App.add_option("--settings", Options.SettingsFile, "settings file (default $XDG_CONFIG_HOME/zephprof/settings.ini)");
+  App.add_option("--data-dir", Options.DataDir,
+                 "application-data directory: profile files, default paths (default $XDG_DATA_HOME/zephprof)");
+  auto* Yes = App.add_flag("--yes,-y", Options.Yes, "answer every question Yes");
+  auto* No = App.add_flag("--no,-n", Options.No, "answer every question No (or Cancel)");
+  Yes->excludes(No);
+  App.add_flag("--json", Options.Json, "machine-readable output where it makes sense");
+  App.footer("Questions are asked on a terminal; without one (and without --yes/--no) the safe answer\n"
+             "(No, Cancel) is taken and said on standard error. Exit status: 0 success, 1 failed, 2 usage.");
+
+  TAction Action;
+  AddProfileCommands(App, Action);
+  AddPathCommands(App, Action);
+  AddFileCommands(App, Action);
+  AddRemoteCommands(App, Action);
+  AddRunCommand(App, Action);
+  try {
+    App.parse(argc, argv);
+  } catch (const CLI::CallForHelp& Help) {
+    return App.exit(Help);
+  } catch (const CLI::CallForAllHelp& Help) {
+    return App.exit(Help);
+  } catch (const CLI::CallForVersion& Version) {
+    return App.exit(Version);
+  } catch (const CLI::ParseError& Error) {
+    App.exit(Error);
+    return ExitUsage;
+  }
+  if (!Action) return ExitUsage;
+
+  TTerminalProgress::InstallInterruptHandler();
+  TAppContext Context(Options, std::cin, std::cout, std::cerr);
+  if (!Context.Open()) return ExitFailed;
+  return Action(Context);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Main(argc, argv);
+  } catch (const std::exception& Error) {
+    std::cerr << "zephprof: " << Error.what() << '\n';
+    return ExitFailed;
+  }
+}

@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# The main job, end to end: build, start a Hestrel server on 127.0.0.1 with a generated
+# password, make a small remote SDK tree, and walk through zephprof — add a profile for the
+# server (password on standard input), test the connection, update the profile's local file
+# cache from the tree, put a file, run a command remotely, list, export and import — then
+# stop the server and say where the settings and the cache are. Exits non-zero when any
+# step fails. Dependencies: scripts/setup.sh (or scripts/deps.sh) installs them.
+#
+#   bash scripts/main-job.sh            # work folder: a new temporary directory
+#   WORK=/tmp/zeph bash scripts/main-job.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+ROOT=$PWD
+BUILD_DIR=${BUILD_DIR:-build}
+
+step() { printf '\n==> %s\n' "$*"; }
+fail() { printf 'main job FAILED: %s\n' "$*" >&2; exit 1; }
+
+step "Build"
+cmake -S . -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" >/dev/null
+cmake --build "$BUILD_DIR" -j"$(nproc)" --target zephprof hestrel
+ZEPHPROF=$ROOT/$BUILD_DIR/apps/zephprof/zephprof
+HESTREL=$ROOT/$BUILD_DIR/hestrel/hestrel
+[ -x "$ZEPHPROF" ] || fail "zephprof was not built"
+[ -x "$HESTREL" ] || fail "hestrel was not built"
+
+WORK=${WORK:-$(mktemp -d "${TMPDIR:-/tmp}/zeph-main-job.XXXXXX")}
+mkdir -p "$WORK"
+WORK=$(cd "$WORK" && pwd)
+SETTINGS=$WORK/config/settings.ini
+DATA=$WORK/data
+CACHE=$WORK/cache
+REMOTE=$WORK/remote          # the "remote machine's" files (the server runs here, on loopback)
+SDK=$REMOTE/sdk
+PROFILE="Main Job"
+# Every zephprof call: this job's own settings file and data directory; questions answered Yes.
+z() { "$ZEPHPROF" --settings "$SETTINGS" --data-dir "$DATA" --yes "$@"; }
+
+SERVER_PID=""
+cleanup() {
+  if [ -n "$SERVER_PID" ] && kill -0 "$SERVER_PID" 2>/dev/null; then
+    kill "$SERVER_PID" 2>/dev/null || true
+    wait "$SERVER_PID" 2>/dev/null || true
+  fi
+}
+trap cleanup EXIT
+
+step "Start a Hestrel server on 127.0.0.1 (generated password, work folder $WORK)"
+mkdir -p "$WORK/server" "$REMOTE"
+( umask 077; head -c 24 /dev/urandom | base64 | tr -d '/+=\n' > "$WORK/server/password"; echo >> "$WORK/server/password" )
+"$HESTREL" --port 0 --listen 127.0.0.1 --password-file "$WORK/server/password" \
+  --host-key "$WORK/server/host_key" --root "$REMOTE" > "$WORK/server/log" 2>&1 &
+SERVER_PID=$!
+PORT=""
+for _ in $(seq 1 100); do
+  PORT=$(sed -n 's/^hestrel listening on .*:\([0-9][0-9]*\)$/\1/p' "$WORK/server/log" | head -n1)
+  [ -n "$PORT" ] && break
+  kill -0 "$SERVER_PID" 2>/dev/null || { cat "$WORK/server/log" >&2; fail "the server did not start"; }
+  sleep 0.1
+done
+[ -n "$PORT" ] || fail "the server did not say where it listens"
+echo "hestrel (pid $SERVER_PID) listening on 127.0.0.1:$PORT"
+
+step "Make a small remote SDK tree in $SDK"
+mkdir -p "$SDK/usr/include/sys" "$SDK/usr/lib"
+printf '#pragma once\nint zeph_answer(void);\n' > "$SDK/usr/include/zeph.h"
+printf '#pragma once\ntypedef int zeph_t;\n' > "$SDK/usr/include/sys/types_zeph.h"
+printf 'not really a library\n' > "$SDK/usr/lib/libzeph.so"
+printf 'ignored\n' > "$SDK/usr/include/notes.txt"
+
+step "Add a profile for the server (password on standard input)"
+z add "$PROFILE" --platform Linux64 --host 127.0.0.1 --port "$PORT" --local-root "$CACHE" --password-stdin \
+  < "$WORK/server/password"
+grep -qF "$(cat "$WORK/server/password")" "$SETTINGS" && fail "the password is in the settings file in clear"
+z show "$PROFILE"
+
+step "Test the connection"
+z test "$PROFILE"
+
+step "Update the local file cache from the remote tree"
+z paths "$PROFILE" add "$SDK/usr/include" '*.h' include --subdirs
+z paths "$PROFILE" add "$SDK/usr/lib" 'libzeph.so' library
+z update-cache "$PROFILE"
+for f in "$SDK/usr/include/zeph.h" "$SDK/usr/include/sys/types_zeph.h" "$SDK/usr/lib/libzeph.so"; do
+  [ -f "$CACHE$f" ] || fail "the cache lacks $CACHE$f"
+done
+[ -e "$CACHE$SDK/usr/include/notes.txt" ] && fail "the cache holds a file the mask excludes"
+echo "cache holds: $(cd "$CACHE" && find . -type f | sort | tr '\n' ' ')"
+
+step "Put a file on the remote machine"
+mkdir -p "$WORK/local" "$REMOTE/deploy"
+echo "hello from zephprof $(date -u +%FT%TZ)" > "$WORK/local/hello.txt"
+z put "$PROFILE" "$WORK/local/hello.txt" --to "$REMOTE/deploy"
+cmp -s "$WORK/local/hello.txt" "$REMOTE/deploy/hello.txt" || fail "the file did not arrive"
+
+step "Run a command remotely"
+z run "$PROFILE" /bin/sh --cwd "$REMOTE/deploy" --output "$REMOTE/deploy/run.out" -- -c 'uname -a; wc -c < hello.txt'
+for _ in $(seq 1 50); do [ -s "$REMOTE/deploy/run.out" ] && break; sleep 0.1; done
+[ -s "$REMOTE/deploy/run.out" ] || fail "the remote command wrote nothing"
+echo "remote output:"; sed 's/^/  /' "$REMOTE/deploy/run.out"
+
+step "List, export and import"
+z list
+z export "$PROFILE" "$WORK/main-job.profile"
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" import "$WORK/main-job.profile"
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" list
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" test "$PROFILE"
+
+step "Stop the server"
+kill "$SERVER_PID"
+wait "$SERVER_PID" 2>/dev/null || true
+SERVER_PID=""
+
+printf '\nMain job done.\n  settings:      %s\n  profile files: %s\n  file cache:    %s\n  exported:      %s\n' \
+  "$SETTINGS" "$DATA" "$CACHE" "$WORK/main-job.profile"
