@@ -1,0 +1,186 @@
+// Hestrel client against a real OpenSSH sshd on loopback: connecting, host keys,
+// authentication failures, unreachable hosts and the retry listener.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+
+#include "ClientTestSupport.h"
+#include "client/ClientErrors.h"
+#include "client/ClientFactory.h"
+#include "client/HestrelClient.h"
+#include "client/KnownHosts.h"
+#include "client/PasswordCipher.h"
+#include "core/Text.h"
+
+using namespace hestrel;
+using namespace hestrel_test;
+
+class HestrelClientConnect : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    Sshd = new TTestSshd;
+    ASSERT_TRUE(Sshd->Start()) << Sshd->Log();
+  }
+  static void TearDownTestSuite() {
+    delete Sshd;
+    Sshd = nullptr;
+  }
+  std::shared_ptr<THestrelClient> MakeClient(const std::string& Host, int Port, THestrelClientOptions Options) {
+    auto Client = std::make_shared<THestrelClient>("test", AppData.Path().string(), Options);
+    Client->SetHostName(Host);
+    Client->SetPort(Port);
+    Client->SetCredential({"", true, false});
+    return Client;
+  }
+  std::shared_ptr<THestrelClient> MakeClient() { return MakeClient("127.0.0.1", Sshd->Port(), Sshd->Options()); }
+
+  static TTestSshd* Sshd;
+  TTempDir AppData;
+};
+TTestSshd* HestrelClientConnect::Sshd = nullptr;
+
+TEST_F(HestrelClientConnect, KeyAuthenticationConnectsAndRecordsTheHostKey) {
+  auto Client = MakeClient();
+  ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  EXPECT_TRUE(Client->IsConnected());
+  const std::string Known = Slurp(KnownHostsPath(AppData.Path().string()));
+  EXPECT_EQ(Known.rfind("[127.0.0.1]:" + std::to_string(Sshd->Port()) + " ", 0), 0u) << Known;
+  Client->Disconnect();
+  EXPECT_FALSE(Client->IsConnected());
+  ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();  // the recorded key matches
+}
+
+TEST_F(HestrelClientConnect, UserInTheHostNameIsUsed) {
+  auto Client = MakeClient("root@127.0.0.1", Sshd->Port(), Sshd->Options());
+  ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  auto Nobody = MakeClient("nobody@127.0.0.1", Sshd->Port(), Sshd->Options());
+  EXPECT_FALSE(Nobody->Connect(nullptr));  // sshd refuses nobody (no login shell, no key)
+  EXPECT_EQ(Nobody->GetLastError(), Format(sErrAuthFailed, {"nobody", "127.0.0.1", std::int64_t(Sshd->Port())}));
+}
+
+TEST_F(HestrelClientConnect, ChangedHostKeyRefusesTheConnectionNamingHostAndPort) {
+  TTempDir Keys;
+  ASSERT_EQ(Shell("ssh-keygen -q -t ed25519 -N '' -f " + Keys / "other" + " >/dev/null"), 0);
+  std::filesystem::create_directories(AppData.Path());
+  const std::string Known = KnownHostsPath(AppData.Path().string());
+  MakeFile(Known, "[127.0.0.1]:" + std::to_string(Sshd->Port()) + " " + Slurp(Keys / "other.pub"));
+  TScriptedConnectionListener Listener;
+  Listener.RetriesGranted = 5;
+  auto Client = MakeClient();
+  EXPECT_FALSE(Client->Connect(&Listener));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrHostKeyChanged, {"127.0.0.1", std::int64_t(Sshd->Port()), Known}));
+  EXPECT_EQ(Listener.RetryCalls, 0);  // not a network failure: retrying would not help
+  EXPECT_FALSE(Client->IsConnected());
+}
+
+TEST_F(HestrelClientConnect, KeyThatIsNotAuthorisedFailsAuthentication) {
+  TTempDir Empty;
+  THestrelClientOptions Options = Sshd->Options();
+  Options.SshDirectory = Empty.Path().string();
+  auto Client = MakeClient("root@127.0.0.1", Sshd->Port(), Options);
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrAuthFailed, {"root", "127.0.0.1", std::int64_t(Sshd->Port())}));
+}
+
+TEST_F(HestrelClientConnect, PasswordRefusedByTheServerFailsAuthentication) {
+  auto Client = MakeClient("root@127.0.0.1", Sshd->Port(), Sshd->Options());
+  Client->SetCredential({"wrong", true, false});
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrAuthFailed, {"root", "127.0.0.1", std::int64_t(Sshd->Port())}));
+}
+
+TEST_F(HestrelClientConnect, TamperedStoredPasswordIsReportedAndNotSent) {
+  std::string Stored = TPasswordCipher(AppData.Path().string()).Encrypt("pw");
+  Stored[8] = Stored[8] == 'x' ? 'y' : 'x';
+  auto Client = MakeClient();
+  Client->SetCredential({Stored, true, true});
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(),
+            Format(sErrPasswordTampered, {TPasswordCipher(AppData.Path().string()).KeyFilePath()}));
+}
+
+TEST_F(HestrelClientConnect, MissingPasswordFileIsReported) {
+  auto Client = MakeClient();
+  Client->SetCredential({AppData / "none.passfile", false, false});
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrPasswordFile, {AppData / "none.passfile"}));
+}
+
+TEST_F(HestrelClientConnect, UnknownHostIsReportedWithoutRetry) {
+  TScriptedConnectionListener Listener;
+  Listener.RetriesGranted = 5;
+  auto Client = MakeClient("nonexistent.invalid", 2222, Sshd->Options());
+  EXPECT_FALSE(Client->Connect(&Listener));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrHostNotFound, {"nonexistent.invalid", std::int64_t(2222)}));
+  EXPECT_EQ(Listener.RetryCalls, 0);
+}
+
+TEST_F(HestrelClientConnect, RefusedPortAsksTheListenerAndRetriesWhileItAgrees) {
+  const int Port = FreeLoopbackPort();
+  TScriptedConnectionListener Listener;
+  Listener.RetriesGranted = 1;
+  auto Client = MakeClient("127.0.0.1", Port, Sshd->Options());
+  EXPECT_FALSE(Client->Connect(&Listener));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrConnectionRefused, {"127.0.0.1", std::int64_t(Port)}));
+  EXPECT_EQ(Listener.RetryCalls, 2);  // yes once (a second attempt), then no
+  EXPECT_EQ(Listener.AbortCalls, 1);
+}
+
+TEST_F(HestrelClientConnect, AbortStopsRetrying) {
+  TScriptedConnectionListener Listener;
+  Listener.RetriesGranted = 5;
+  Listener.AbortAnswer = true;
+  auto Client = MakeClient("127.0.0.1", FreeLoopbackPort(), Sshd->Options());
+  EXPECT_FALSE(Client->Connect(&Listener));
+  EXPECT_EQ(Listener.RetryCalls, 1);
+  EXPECT_EQ(Listener.AbortCalls, 1);
+}
+
+TEST_F(HestrelClientConnect, SilentServerTimesOutWithinTheBoundAndAsksToRetry) {
+  // A socket that listens but never answers: the TCP handshake completes, no SSH banner comes.
+  const int Fd = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in Address{};
+  Address.sin_family = AF_INET;
+  Address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(::bind(Fd, reinterpret_cast<sockaddr*>(&Address), sizeof Address), 0);
+  ASSERT_EQ(::listen(Fd, 8), 0);
+  socklen_t Length = sizeof Address;
+  ::getsockname(Fd, reinterpret_cast<sockaddr*>(&Address), &Length);
+  const int Port = ntohs(Address.sin_port);
+  THestrelClientOptions Options = Sshd->Options();
+  Options.ConnectTimeoutSeconds = 1;
+  TScriptedConnectionListener Listener;
+  auto Client = MakeClient("127.0.0.1", Port, Options);
+  const auto Start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(Client->Connect(&Listener));
+  const auto Elapsed = std::chrono::steady_clock::now() - Start;
+  ::close(Fd);
+  EXPECT_EQ(Client->GetLastError(), Format(sErrTimedOut, {"127.0.0.1", std::int64_t(Port)}));
+  EXPECT_LT(Elapsed, std::chrono::seconds(4));
+  EXPECT_EQ(Listener.RetryCalls, 1);
+}
+
+TEST_F(HestrelClientConnect, FactoryMakesClientsAndProfiles) {
+  THestrelClientFactory Factory(AppData.Path().string(), Sshd->Options());
+  TRAClientPtr Client = Factory.CreateClient("profile-a", "");
+  ASSERT_NE(Client, nullptr);
+  EXPECT_EQ(Client->GetName(), "profile-a");
+  Client->SetHostName("127.0.0.1");
+  Client->SetPort(Sshd->Port());
+  Client->SetCredential({"", true, false});
+  EXPECT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  EXPECT_NE(Factory.CreateProfile(), nullptr);
+}
+
+TEST_F(HestrelClientConnect, OperationsWithoutAConnectionFailWithNotConnected) {
+  auto Client = MakeClient();
+  std::string Expanded;
+  EXPECT_FALSE(Client->ExpandPath("~", Expanded));
+  EXPECT_EQ(Client->GetLastError(), sErrNotConnected);
+  EXPECT_EQ(Client->GetEnv(), nullptr);
+  EXPECT_FALSE(Client->DirExists("/"));
+}

@@ -1,0 +1,132 @@
+// Hestrel client: path validation (nothing lands outside the local root) and shell quoting.
+#include <gtest/gtest.h>
+
+#include "ClientTestSupport.h"
+#include "client/Launch.h"
+#include "client/LocalPaths.h"
+#include "client/ShellQuote.h"
+
+using namespace hestrel;
+using namespace hestrel_test;
+
+TEST(HestrelLocalPaths, EntryNamesThatCouldClimbOrNestAreUnsafe) {
+  EXPECT_TRUE(IsSafeEntryName("stdio.h"));
+  EXPECT_TRUE(IsSafeEntryName("..hidden"));
+  EXPECT_FALSE(IsSafeEntryName(".."));
+  EXPECT_FALSE(IsSafeEntryName("."));
+  EXPECT_FALSE(IsSafeEntryName(""));
+  EXPECT_FALSE(IsSafeEntryName("a/b"));
+  EXPECT_FALSE(IsSafeEntryName("/etc"));
+  EXPECT_FALSE(IsSafeEntryName(std::string("a\0b", 3)));
+}
+
+TEST(HestrelLocalPaths, RelativePathsMustNotClimbOrStartAtTheRoot) {
+  EXPECT_TRUE(IsSafeRelativePath("usr/include/x.h"));
+  EXPECT_FALSE(IsSafeRelativePath("usr/../../etc/passwd"));
+  EXPECT_FALSE(IsSafeRelativePath("/etc/passwd"));
+  EXPECT_FALSE(IsSafeRelativePath(""));
+}
+
+TEST(HestrelLocalPaths, RemotePathMapsBelowTheRoot) {
+  std::string Local;
+  ASSERT_TRUE(LocalPathUnderRoot("/cache", "/usr/include/x.h", Local));
+  EXPECT_EQ(Local, "/cache/usr/include/x.h");
+  ASSERT_TRUE(LocalPathUnderRoot("/cache/", "//usr/./include//", Local));
+  EXPECT_EQ(Local, "/cache/usr/include");
+  ASSERT_TRUE(LocalPathUnderRoot("/cache", "sdk/lib", Local));
+  EXPECT_EQ(Local, "/cache/sdk/lib");
+}
+
+TEST(HestrelLocalPaths, RemotePathWithDotDotIsRefused) {
+  std::string Local = "unchanged";
+  EXPECT_FALSE(LocalPathUnderRoot("/cache", "/usr/../../etc/passwd", Local));
+  EXPECT_FALSE(LocalPathUnderRoot("/cache", "..", Local));
+  EXPECT_FALSE(LocalPathUnderRoot("", "/usr", Local));
+  EXPECT_EQ(Local, "unchanged");
+}
+
+TEST(HestrelLocalPaths, LinkTargetsResolveLexically) {
+  EXPECT_EQ(ResolveLinkTarget("/sdk/lib", "libz.so.1"), "/sdk/lib/libz.so.1");
+  EXPECT_EQ(ResolveLinkTarget("/sdk/lib", "../include/z.h"), "/sdk/include/z.h");
+  EXPECT_EQ(ResolveLinkTarget("/sdk/lib", "/etc/passwd"), "/etc/passwd");
+  EXPECT_EQ(ResolveLinkTarget("/sdk", "../../../../x"), "");
+  EXPECT_EQ(ResolveLinkTarget("sdk/lib", "../x"), "sdk/x");
+}
+
+TEST(HestrelLocalPaths, TreeMembership) {
+  EXPECT_TRUE(IsWithinTree("/sdk", "/sdk"));
+  EXPECT_TRUE(IsWithinTree("/sdk", "/sdk/a/b"));
+  EXPECT_FALSE(IsWithinTree("/sdk", "/sdkother/a"));
+  EXPECT_FALSE(IsWithinTree("/sdk", "/etc"));
+  EXPECT_TRUE(IsWithinTree("/", "/etc"));
+}
+
+TEST(HestrelLocalPaths, RelativePathBetweenDirectories) {
+  EXPECT_EQ(RelativePath("/sdk/lib", "/sdk/lib/libz.so.1"), "libz.so.1");
+  EXPECT_EQ(RelativePath("/sdk/lib", "/sdk/include/z.h"), "../include/z.h");
+  EXPECT_EQ(RelativePath("/F.framework", "/F.framework/Versions/Current/Headers"), "Versions/Current/Headers");
+}
+
+TEST(HestrelLocalPaths, LocalDirectoryBehindALinkOutOfTheRootIsDetected) {
+  TTempDir Root, Outside;
+  std::filesystem::create_directories(Root.Path() / "inside");
+  std::filesystem::create_directory_symlink(Outside.Path(), Root.Path() / "escape");
+  EXPECT_TRUE(LocalDirectoryInsideRoot(Root / "inside", Root.Path().string()));
+  EXPECT_FALSE(LocalDirectoryInsideRoot(Root / "escape", Root.Path().string()));
+}
+
+TEST(HestrelLocalPaths, TempFileLeavesNothingUnlessCommitted) {
+  TTempDir Dir;
+  {
+    TLocalTempFile Temp(Dir / "x.h");
+    ASSERT_TRUE(Temp.IsOpen());
+    Temp.Write("abc", 3);
+  }
+  EXPECT_TRUE(TreeOf(Dir.Path().string()).empty());
+  {
+    TLocalTempFile Temp(Dir / "x.h");
+    Temp.Write("abc", 3);
+    ASSERT_TRUE(Temp.Commit(1500000000));
+  }
+  EXPECT_EQ(TreeOf(Dir.Path().string()), std::vector<std::string>{"x.h"});
+  std::int64_t Size = 0, Time = 0;
+  ASSERT_TRUE(LocalFileInfo(Dir / "x.h", Size, Time));
+  EXPECT_EQ(Size, 3);
+  EXPECT_EQ(Time, 1500000000);
+}
+
+TEST(HestrelShellQuote, QuotesEverythingLiterally) {
+  EXPECT_EQ(ShellQuote("a b"), "'a b'");
+  EXPECT_EQ(ShellQuote("it's"), "'it'\\''s'");
+  EXPECT_EQ(ShellQuote("$(rm -rf /)"), "'$(rm -rf /)'");
+  EXPECT_EQ(ShellQuote(""), "''");
+}
+
+TEST(HestrelShellQuote, ExpandableWordKeepsOnlyTildeAndVariables) {
+  EXPECT_EQ(ShellExpandableWord("~/sdk"), "~'/sdk'");
+  EXPECT_EQ(ShellExpandableWord("~root"), "~root");
+  EXPECT_EQ(ShellExpandableWord("$HOME/x y"), "\"${HOME}\"'/x y'");
+  EXPECT_EQ(ShellExpandableWord("${SDK}/$(id)"), "\"${SDK}\"'/$(id)'");
+  EXPECT_EQ(ShellExpandableWord("a~b"), "'a~b'");
+  EXPECT_EQ(ShellExpandableWord("~x;rm"), "'~x;rm'");  // not a user name: literal
+  EXPECT_EQ(ShellExpandableWord(""), "''");
+}
+
+TEST(HestrelShellQuote, CommandLineIsSplitIntoWords) {
+  EXPECT_EQ(SplitCommandLine("  -a  'b c' \"d \\\"e\\\"\" f\\ g "),
+            (std::vector<std::string>{"-a", "b c", "d \"e\"", "f g"}));
+  EXPECT_TRUE(SplitCommandLine("").empty());
+  EXPECT_EQ(SplitCommandLine("''"), std::vector<std::string>{""});
+}
+
+TEST(HestrelShellQuote, RunScriptQuotesEveryArgument) {
+  TRunRequest R;
+  R.Program = "/bin/echo";
+  R.Parameters = "a '$(touch /tmp/pwned)'";
+  R.Environment = {"A=1 2", "bad"};
+  const std::string Script = RunScript(R);
+  EXPECT_NE(Script.find("nohup env 'A=1 2' \"$p\" 'a' '$(touch /tmp/pwned)' </dev/null >/dev/null 2>&1 &"),
+            std::string::npos)
+      << Script;
+  EXPECT_EQ(Script.find("bad"), std::string::npos);
+}
