@@ -1,11 +1,14 @@
 #include "host/linux/IniFile.h"
 
 #include <filesystem>
+#include <map>
+#include <random>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "TempDir.h"
+#include "core/Text.h"
 #include "host/linux/AtomicFile.h"
 
 namespace {
@@ -56,6 +59,35 @@ TEST(IniFile, AwkwardValuesRoundTripThroughSaveAndReload) {
   EXPECT_EQ(Ini->ReadString("Section ]with[ brackets\\and = sign ", "k", ""), "y");
   EXPECT_EQ(Sections(*Ini, "Section ]with[ brackets"), std::vector<std::string>{"and = sign "});
   EXPECT_EQ(Ini->GetText(), ReadFileText(File));  // a reload writes the same text again
+}
+
+TEST(IniFile, RandomBytesInNamesAndValuesRoundTrip) {
+  std::mt19937 Random(20261122);  // fixed seed: deterministic
+  auto RandomText = [&](std::size_t MaxLength) {
+    std::string Text(Random() % (MaxLength + 1), '\0');
+    for (char& C : Text) C = static_cast<char>(Random() % 256);
+    return Text;
+  };
+  TTempDir Dir;
+  const std::string File = Dir / "settings.ini";
+  std::map<std::string, std::string> Written;  // lower-cased "section\x01name" -> value
+  std::vector<std::tuple<std::string, std::string, std::string>> Order;
+  {
+    TIniFile Ini(File);
+    for (int I = 0; I < 2000; ++I) {
+      const std::string Section = "S" + std::to_string(I % 50) + RandomText(6);
+      const std::string Name = RandomText(8);
+      const std::string Value = RandomText(40);
+      Ini.WriteString(Section, Name, Value);
+      Order.emplace_back(Section, Name, Value);
+    }
+    ASSERT_TRUE(Ini.UpdateFile().Ok());
+  }
+  TIniFilePtr Ini = LoadOk(File);
+  for (const auto& [Section, Name, Value] : Order)  // a later write of the same names wins
+    Written[LowerCase(Section) + '\x01' + LowerCase(Name)] = Value;
+  for (const auto& [Section, Name, Value] : Order)
+    EXPECT_EQ(Ini->ReadString(Section, Name, "<missing>"), Written[LowerCase(Section) + '\x01' + LowerCase(Name)]);
 }
 
 TEST(IniFile, FileIsReadableIniText) {
