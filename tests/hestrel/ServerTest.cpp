@@ -212,6 +212,20 @@ TEST_F(HestrelServer, ClosingTheChannelHangsUpItsCommand) {
   EXPECT_EQ("ok\n", Client->Exec("echo ok").Out);
 }
 
+TEST_F(HestrelServer, DisconnectingHangsUpRunningCommands) {
+  pid_t Pid = 0;
+  {
+    auto Client = LoggedIn();
+    ssh_channel Channel = Client->StartExec("echo $$; exec sleep 30");
+    ASSERT_NE(nullptr, Channel);
+    Pid = std::atoi(TServerTestClient::ReadLine(Channel, 5000).c_str());
+    ASSERT_GT(Pid, 0);
+    ssh_channel_free(Channel);
+  }  // the client disconnects without closing the channel
+  EXPECT_TRUE(ProcessGone(Pid, 5000));
+  EXPECT_NE(std::string::npos, Server.Log().find("connection from 127.0.0.1:"));
+}
+
 TEST_F(HestrelServer, SigtermStopsWithStatusZeroWhileAClientIsConnected) {
   auto Client = LoggedIn();
   ssh_channel Channel = Client->StartExec("echo $$; exec sleep 30");
@@ -224,6 +238,17 @@ TEST_F(HestrelServer, SigtermStopsWithStatusZeroWhileAClientIsConnected) {
   EXPECT_TRUE(ProcessGone(Pid, 2000));
   EXPECT_NE(std::string::npos, Server.Log().find("received SIGTERM: stopping"));
   ssh_channel_free(Channel);
+}
+
+TEST(HestrelServerStart, ConnectionWithoutLoginIsDroppedAfterTheGraceTime) {
+  TTestServer Server;
+  ASSERT_TRUE(Server.Start({"--login-grace-seconds", "1"}));
+  TServerTestClient Client;
+  ASSERT_TRUE(Client.Connect(Server.Port()));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1800));
+  // The server has hung up: libssh answers an error or "again" (it saw the socket close).
+  EXPECT_NE(SSH_AUTH_SUCCESS, Client.Login("anyone", Server.Password()));
+  EXPECT_NE(std::string::npos, Server.Log().find(": no login within 1 s"));
 }
 
 TEST(HestrelServerStart, RefusesGroupReadablePasswordFile) {
