@@ -169,8 +169,9 @@ bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs
     return MatchesMask(Mask, C.back()) ? TFilterAnswer::Take : TFilterAnswer::Skip;
   };
   std::string Error;
-  if (Pull(Context, RemotePath, Filter, Error)) return true;
-  return Fail(Error);
+  const bool Ok = Pull(Context, RemotePath, Filter, Error);
+  FLastPull = {Context.FilesByTar, Context.FilesBySftp};
+  return Ok || Fail(Error);
 }
 
 bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName,
@@ -189,8 +190,9 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
     return FrameworkEntry(FrameworkName, IncludeNonEssential, C, Type);
   };
   std::string Error;
-  if (Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, Error)) return true;
-  return Fail(Error);
+  const bool Ok = Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, Error);
+  FLastPull = {Context.FilesByTar, Context.FilesBySftp};
+  return Ok || Fail(Error);
 }
 
 bool THestrelClient::ExpandPath(const std::string& Path, std::string& Expanded) {

@@ -27,6 +27,13 @@ class THestrelClient : public TRAClient {
   void SetSysRoot(const std::string& Value) override { FSysRoot = Value; }
   const std::string& GetSysRoot() const { return FSysRoot; }
 
+  /// How the last GetFiles / GetFrameworkFiles copied its files (for tests and benchmarks).
+  struct TPullStatistics {
+    int FilesByTar = 0;
+    int FilesBySftp = 0;
+  };
+  TPullStatistics GetLastPullStatistics() const { return FLastPull; }
+
   /// Connects; a network failure (refused, timed out) asks Listener->Retry(): true tries
   /// again unless Listener->Abort() answers true.
   bool Connect(IConnectionListener* Listener) override;
@@ -71,6 +78,7 @@ class THestrelClient : public TRAClient {
   TSshSessionPtr FSession;
   TSftpSessionPtr FSftp;  ///< opened on first use, kept for the connection
   std::string FLastError;
+  TPullStatistics FLastPull;
 };
 
 }  // namespace hestrel

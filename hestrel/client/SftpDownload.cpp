@@ -105,6 +105,7 @@ bool SftpFetchFile(TDownloadContext& Context, TPlannedFile& File) {
     Context.Fail(File.Remote, LocalErrorText(File.Local, Temp.GetErrno()));
     return false;
   }
+  ++Context.FilesBySftp;
   return true;
 }
 

@@ -65,6 +65,7 @@ std::size_t PullBatch(TDownloadContext& Context, const std::string& TreeRoot, st
     if (It == ByName.end() || It->second->Done || (Entry.Type != '0' && Entry.Type != '7')) continue;
     if (!ExtractOne(Context, Reader, Entry, *It->second)) break;
     if (It->second->Done) ++Delivered;
+    if (It->second->Done) ++Context.FilesByTar;
   }
   if (Context.Stopped)
     Channel.Abort();  // cancel: drop the rest of the stream at once

@@ -64,7 +64,7 @@ std::vector<std::string> TreeOf(const std::string& Dir) {
   std::vector<std::string> Names;
   std::error_code Ec;
   for (auto It = std::filesystem::recursive_directory_iterator(Dir, Ec); !Ec && It != decltype(It){}; It.increment(Ec))
-    Names.push_back(std::filesystem::relative(It->path(), Dir).string());
+    Names.push_back(It->path().string().substr(Dir.size() + (Dir.back() == '/' ? 0 : 1)));  // links unresolved
   std::sort(Names.begin(), Names.end());
   return Names;
 }
