@@ -1,0 +1,5 @@
+HestrelProfile 1
+Name = "n"
+Port = 1
+Port = 2
+Host = "\q"

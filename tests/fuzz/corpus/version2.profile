@@ -1,0 +1,3 @@
+HestrelProfile 2
+Name = "future"
+End
