@@ -46,7 +46,9 @@ std::string ShellExpandableWord(std::string_view Text) {
     size_t J = 1;
     while (J < Text.size() && IsUserChar(Text[J])) ++J;
     if (J == Text.size() || Text[J] == '/') {
-      Word = std::string(Text.substr(0, J));  // tilde prefix: only name characters, unquoted
+      // The tilde prefix ends at the first UNQUOTED slash: keep the slash unquoted too.
+      if (J < Text.size()) ++J;
+      Word = std::string(Text.substr(0, J));
       I = J;
     }
   }

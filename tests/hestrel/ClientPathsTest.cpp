@@ -103,7 +103,8 @@ TEST(HestrelShellQuote, QuotesEverythingLiterally) {
 }
 
 TEST(HestrelShellQuote, ExpandableWordKeepsOnlyTildeAndVariables) {
-  EXPECT_EQ(ShellExpandableWord("~/sdk"), "~'/sdk'");
+  EXPECT_EQ(ShellExpandableWord("~/sdk"), "~/'sdk'");
+  EXPECT_EQ(ShellExpandableWord("~/"), "~/");
   EXPECT_EQ(ShellExpandableWord("~root"), "~root");
   EXPECT_EQ(ShellExpandableWord("$HOME/x y"), "\"${HOME}\"'/x y'");
   EXPECT_EQ(ShellExpandableWord("${SDK}/$(id)"), "\"${SDK}\"'/$(id)'");
