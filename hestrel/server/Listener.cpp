@@ -2,6 +2,7 @@
 #include "server/Listener.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
@@ -94,7 +95,10 @@ int TListener::Run(const std::string& HostKeyPath) {
         ssh_get_error(FBind.get()));
     return 1;
   }
-  std::string Where = SocketName(ssh_bind_get_fd(FBind.get()), false);
+  // Non-blocking, so that a connection reset between poll and accept cannot stall the loop.
+  int ListenFd = ssh_bind_get_fd(FBind.get());
+  ::fcntl(ListenFd, F_SETFL, ::fcntl(ListenFd, F_GETFL) | O_NONBLOCK);
+  std::string Where = SocketName(ListenFd, false);
   std::printf("hestrel listening on %s\n", Where.c_str());
   std::fflush(stdout);
   Log("listening on " + Where);
@@ -130,8 +134,8 @@ void TListener::Accept() {
 }
 
 void TListener::ServeInChild(TSshSession Session, const std::string& Peer) {
-  FBind.reset();           // the listening socket belongs to the parent
-  FSignals = TSignalFd();  // a signalfd of its own; the mask stays blocked
+  FBind.reset();      // the listening socket belongs to the parent
+  FSignals.Close();   // TSessionServer opens its own; the signal mask stays blocked
   int Code = 0;
   {
     TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer);

@@ -12,6 +12,7 @@ class TSignalFd {
   /// Blocks the four signals and opens a non-blocking signalfd for them.
   TSignalFd();
   int Fd() const { return FFd.Get(); }
+  void Close() { FFd.Reset(); }
   bool Valid() const { return FFd.Valid(); }
   /// The next pending signal number, or 0 when none is pending.
   int Next();

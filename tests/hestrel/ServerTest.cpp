@@ -307,6 +307,19 @@ TEST(HestrelServerStart, CreatesHostKeyWithMode0600AndReusesItOnRestart) {
   EXPECT_NE(std::string::npos, Server.Log().find("(" + First + ")"));
 }
 
+TEST(HestrelServerStart, DefaultHostKeyLivesUnderXdgDataHome) {
+  TTestServer Server;
+  std::filesystem::path DataHome = Server.Dir() / "xdg";
+  Server.SetEnv("XDG_DATA_HOME", DataHome.string());
+  ASSERT_TRUE(Server.StartWithArgs({"--port", "0", "--password-file", Server.PasswordFile().string()}))
+      << Server.Log();
+  struct stat Key {}, Dir {};
+  ASSERT_EQ(0, ::stat((DataHome / "hestrel" / "host_key_ed25519").c_str(), &Key));
+  ASSERT_EQ(0, ::stat((DataHome / "hestrel").c_str(), &Dir));
+  EXPECT_EQ(0600u, Key.st_mode & 0777);
+  EXPECT_EQ(0700u, Dir.st_mode & 0777);
+}
+
 TEST(HestrelServerStart, HelpAndVersionExitZero) {
   TTestServer Server;
   std::string Output;

@@ -59,6 +59,7 @@ pid_t TTestServer::Spawn(const std::vector<std::string>& Args, int& StdoutFd) {
   Pointers.push_back(nullptr);
   pid_t Pid = ::fork();
   if (Pid == 0) {
+    for (const auto& [Name, Value] : FEnv) ::setenv(Name.c_str(), Value.c_str(), 1);
     int Log = ::open(LogPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     ::dup2(Out[1], STDOUT_FILENO);
     ::dup2(Log, STDERR_FILENO);
@@ -74,6 +75,10 @@ bool TTestServer::Start(const std::vector<std::string>& Extra) {
   std::vector<std::string> Args = {"--port", "0", "--password-file", PasswordFile().string(), "--host-key",
                                    HostKeyFile().string(), "--root", FDir.string(), "--auth-delay-ms", "200"};
   Args.insert(Args.end(), Extra.begin(), Extra.end());
+  return StartWithArgs(Args);
+}
+
+bool TTestServer::StartWithArgs(const std::vector<std::string>& Args) {
   int StdoutFd = -1;
   FPid = Spawn(Args, StdoutFd);
   if (FPid <= 0) return false;

@@ -22,6 +22,10 @@ class TTestServer {
   /// Starts hestrel with --port 0, the password file, the host key, --root Dir() and
   /// --auth-delay-ms 200, followed by Extra. True once the listening line arrived.
   bool Start(const std::vector<std::string>& Extra = {});
+  /// Starts hestrel with exactly Args (no defaults); true once the listening line arrived.
+  bool StartWithArgs(const std::vector<std::string>& Args);
+  /// Sets an environment variable for the server processes started afterwards.
+  void SetEnv(const std::string& Name, const std::string& Value) { FEnv.emplace_back(Name, Value); }
   /// Runs hestrel with exactly Args (no defaults) to its end, its stdout into Output;
   /// answers its exit code.
   int RunToEnd(const std::vector<std::string>& Args, std::string& Output);
@@ -49,6 +53,7 @@ class TTestServer {
   pid_t FPid = -1;
   int FPort = 0;
   std::string FListeningLine;
+  std::vector<std::pair<std::string, std::string>> FEnv;
 };
 
 /// Writes Text to Path with the given mode.
