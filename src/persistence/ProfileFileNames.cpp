@@ -1,0 +1,37 @@
+// Parts 2.1 to 2.3: file-name check, application-data directory, path-item sorting
+// (see ProfileFiles.h).
+#include <algorithm>
+
+#include "host/HostServices.h"
+#include "persistence/ProfileFiles.h"
+
+bool IsValidProfileFileName(const std::string& Name) {
+  static const std::string Invalid = "\"*/:<>?\\|";
+  return !Name.empty() && std::none_of(Name.begin(), Name.end(), [](char C) {
+    return static_cast<unsigned char>(C) < 0x20 || Invalid.find(C) != std::string::npos;
+  });
+}
+
+std::string AppDataDirectory() {
+  const auto& Environment = HostServices().Environment;
+  std::string Dir = Environment ? Environment->fnAppDataDir() : std::string();
+  if (!Dir.empty() && Dir.back() != '/') Dir += '/';  // the trailing path delimiter, when missing
+  return Dir;
+}
+
+bool TPathItemLists::Add(const TOTARemoteProfilePathItem& Item) {
+  const TRAPathItem Entry{Item.Path, Item.Mask, Item.IncludeSubDir};
+  switch (Item.Type) {
+    case ptIncludePath: IncludePaths.push_back(Entry); return true;
+    case ptLibraryPath: LibraryPaths.push_back(Entry); return true;
+    case ptOtherPath: OtherPaths.push_back(Entry); return true;
+    case ptFramework: FrameworkPaths.push_back(Entry); return true;
+  }
+  return false;
+}
+
+TPathItemLists SortPathItemsByType(const TOTARemoteProfilePathArray& Paths) {
+  TPathItemLists Lists;
+  for (const TOTARemoteProfilePathItem& Item : Paths) Lists.Add(Item);
+  return Lists;
+}

@@ -1,0 +1,132 @@
+// Part 2.1: Settings-store layout — LoadOptions, SaveOptions and the two SaveProfile.
+// The order of store calls is the spec's, value by value: a store written by one build
+// is read by another, and tests assert the logged sequence.
+#include <algorithm>
+#include <vector>
+
+#include "core/RemoteProfileManager.h"
+#include "core/Text.h"
+#include "persistence/DefaultSdkPaths.h"
+#include "persistence/ProfileFiles.h"
+#include "persistence/SettingsStoreLayout.h"
+
+namespace {
+
+namespace L = StoreLayout;
+
+/// A damaged store cannot make the loader allocate without end (docs/DECISIONS.md); real
+/// profiles hold a few dozen items.
+constexpr std::int32_t MaxStoredPathCount = 65536;
+
+/// What one profile is loaded as, from its profile file or its sub-section.
+struct TLoadedProfile {
+  std::string Name, Platform, HostName, LocalRoot;
+  std::int32_t Port = L::DefaultPortNumber;
+  TOTARemoteProfileCredential Credential;
+  TOTARemoteProfilePathArray Paths;
+};
+
+/// Step 2.3: the sub-section "RemoteProfiles\" + name, value by value in the spec's order.
+void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
+  const std::string Section = L::ProfileSection(P.Name);
+  P.Platform = Settings.ReadString(Section, L::Platform, "");
+  P.HostName = Settings.ReadString(Section, L::HostName, "");
+  P.Port = Settings.ReadInteger(Section, L::PortNumber, L::DefaultPortNumber);
+  const std::string Password = Settings.ReadString(Section, L::Password, "");
+  const std::string PassFile = Settings.ReadString(Section, L::PassFile, "");
+  P.LocalRoot = Settings.ReadString(Section, L::LocalRoot, "");
+  const std::int32_t Count = std::min(Settings.ReadInteger(Section, L::PathCount, 0), MaxStoredPathCount);
+  P.Paths = TOTARemoteProfilePathArray();
+  P.Paths.SetLength(Count > 0 ? static_cast<std::size_t>(Count) : 0);
+  for (std::int32_t I = 0; I < Count; ++I) {
+    TOTARemoteProfilePathItem& Item = P.Paths[static_cast<std::size_t>(I)];
+    Item.Path = Settings.ReadString(Section, Format(L::PathFmt, {std::int64_t{I}}), "");
+    Item.Mask = Settings.ReadString(Section, Format(L::MaskFmt, {std::int64_t{I}}), "");
+    Item.IncludeSubDir = Settings.ReadBool(Section, Format(L::IncludeSubDirFmt, {std::int64_t{I}}), false);
+    // Only the low 8 bits of the stored integer are kept.
+    Item.Type = static_cast<TOTAPathItemType>(static_cast<std::uint8_t>(Settings.ReadInteger(Section, Format(L::TypeFmt, {std::int64_t{I}}), 0)));
+  }
+  // A password file takes precedence; a password stays in its stored (enciphered) form.
+  P.Credential.IsEncrypted = true;
+  P.Credential.IsPassword = PassFile.empty();
+  P.Credential.PasswordOrFile = PassFile.empty() ? Password : PassFile;
+}
+
+}  // namespace
+
+void TRemoteProfileManager::LoadOptions(TCustomIniFile& Settings) {
+  std::vector<std::string> Names;
+  Settings.ReadSections(L::RemoteProfiles, Names);
+  for (const std::string& Listed : Names) {
+    TLoadedProfile P;  // nothing carries over from the previous name
+    P.Name = Listed;
+    // A name becomes a file name only once it is known to be one (docs/DECISIONS.md).
+    bool FromFile = IsValidProfileFileName(P.Name) &&
+                    LoadProfileFile("", P.Name, P.Platform, P.HostName, P.Port, P.Credential, P.LocalRoot, P.Paths, true);
+    if (FromFile) {
+      P.Paths = TOTARemoteProfilePathArray();  // the file supplies no path items
+    } else {
+      if (!IsValidProfileFileName(P.Name)) continue;  // listed, or found in the file: not a usable name
+      ReadSubSection(Settings, P);
+    }
+    if (const IOTARemoteProfilePtr Held = GetProfile(P.Name)) RemoveProfile(Held);
+    const bool IsDefault = Settings.ReadString(L::RemoteProfiles, Format(L::DefaultFmt, {P.Platform}), "") == P.Name;
+    if (GetPlatformDisplayName(P.Platform).empty()) continue;  // unknown or empty platform: skipped silently
+    AddProfile(P.Name, P.Platform, P.HostName, P.Port, P.Credential, P.LocalRoot, P.Paths, IsDefault);
+  }
+}
+
+void TRemoteProfileManager::SaveOptions(TCustomIniFile& Settings) {
+  Settings.EraseSection(L::RemoteProfiles);
+  const TProfileDictionary Profiles = FProfiles;  // saving changes no list; a copy keeps the walk safe
+  for (const auto& [Platform, List] : Profiles) {
+    for (std::size_t I = 0; I < List.size(); ++I) {
+      SaveProfile(List[I], &Settings, "");
+      // The first profile of each list is the platform's default (Part 1.2).
+      if (I == 0) Settings.WriteString(L::RemoteProfiles, Format(L::DefaultFmt, {Platform}), List[0]->GetName());
+    }
+  }
+}
+
+void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCustomIniFile* Ini,
+                                        const std::string& FileName) {
+  const std::string Name = Profile->GetName();
+  const TOTARemoteProfilePathArray Paths = Profile->GetPaths();
+  const TOTARemoteProfileCredential Credential = Profile->GetCredential();
+  const std::string Section = L::ProfileSection(Name);
+  // Enciphered once, so the store and the profile file hold the same stored form and a
+  // typed password never reaches either in clear (docs/DECISIONS.md).
+  TRACredential Stored = ToTRACredential(Credential);
+  if (Credential.IsPassword && !Credential.IsEncrypted) {
+    Stored.PasswordOrFile = Encrypt(Credential.PasswordOrFile);
+    Stored.IsEncrypted = true;
+  }
+  if (Ini) {
+    Ini->WriteString(Section, L::Platform, Profile->GetPlatformName());
+    Ini->WriteString(Section, L::HostName, Profile->GetHostName());
+    Ini->WriteInteger(Section, L::PortNumber, Profile->GetPortNumber());
+    if (Credential.IsPassword) Ini->WriteString(Section, L::Password, Stored.PasswordOrFile);
+    else Ini->WriteString(Section, L::PassFile, Credential.PasswordOrFile);
+    Ini->WriteString(Section, L::LocalRoot, Profile->GetSystemRoot());
+    Ini->WriteInteger(Section, L::PathCount, static_cast<std::int32_t>(Paths.size()));
+  }
+  TPathItemLists Lists;
+  for (std::size_t I = 0; I < Paths.size(); ++I) {
+    const TOTARemoteProfilePathItem& Item = Paths[I];
+    Lists.Add(Item);
+    if (!Ini) continue;
+    const std::int64_t N = static_cast<std::int64_t>(I);
+    Ini->WriteString(Section, Format(L::PathFmt, {N}), Item.Path);
+    Ini->WriteString(Section, Format(L::MaskFmt, {N}), Item.Mask);
+    Ini->WriteBool(Section, Format(L::IncludeSubDirFmt, {N}), Item.IncludeSubDir);
+    Ini->WriteInteger(Section, Format(L::TypeFmt, {N}), static_cast<std::int32_t>(Item.Type));
+  }
+  SaveProfileFile(FileName, Name, Profile->GetPlatformName(), Profile->GetHostName(), Profile->GetPortNumber(), Stored,
+                  Profile->GetSystemRoot(), Lists.IncludePaths, Lists.LibraryPaths, Lists.OtherPaths,
+                  Lists.FrameworkPaths);
+}
+
+void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, const std::string& FileName) {
+  if (!FileName.empty()) SaveProfile(Profile, nullptr, FileName);  // export: only the profile file
+  else SaveProfile(Profile, FSettings.get(), "");
+}
