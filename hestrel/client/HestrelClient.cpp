@@ -123,7 +123,7 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
     Error = Format(sErrUnsafeName, {RemotePath});
     return false;
   }
-  if (Root.empty()) Root = ".";
+  if (Root.empty()) Root.push_back('.');  // (not = ".": GCC 12 -O2 warns falsely, -Wrestrict)
   TRemoteEntry Top;
   if (!StatRemote(Context.Sftp, Root, true, Top, Error)) return false;
   std::vector<TPlannedFile> Plan;
