@@ -78,9 +78,10 @@ step "Test the connection"
 z test "$PROFILE"
 
 step "Update the local file cache from the remote tree"
-z paths "$PROFILE" add "$SDK/usr/include" '*.h' include --subdirs
-z paths "$PROFILE" add "$SDK/usr/lib" 'libzeph.so' library
-z update-cache "$PROFILE"
+# The path items are named for this run: a profile's stored path items are not read back
+# while its profile file exists (spec Part 2.1 step 2.2), so `paths add` would not outlive
+# this process. --item sets the profile's items for the pull.
+z update-cache "$PROFILE" --item "$SDK/usr/include,*.h,include,subdirs" --item "$SDK/usr/lib,libzeph.so,library"
 for f in "$SDK/usr/include/zeph.h" "$SDK/usr/include/sys/types_zeph.h" "$SDK/usr/lib/libzeph.so"; do
   [ -f "$CACHE$f" ] || fail "the cache lacks $CACHE$f"
 done

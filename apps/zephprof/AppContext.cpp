@@ -14,11 +14,7 @@
 TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err)
     : FOptions(Options), FIn(In), FOut(Out), FErr(Err) {}
 
-TAppContext::~TAppContext() {
-  // The live manager holds host objects; drop it before the host goes.
-  FLive.reset();
-  ResetRemoteProfileMgrForTesting();
-}
+TAppContext::~TAppContext() = default;
 
 bool TAppContext::StdinIsTerminal() const { return isatty(STDIN_FILENO) == 1; }
 

@@ -117,7 +117,7 @@ int Add(TAppContext& C, const TAddArgs& A) {
   if (!C.Commit(Copy, {})) return ExitFailed;
   const bool IsDefault = Copy->GetDefaultForPlatform(P->GetPlatformName()) == P;
   C.Out() << "Added profile '" << P->GetName() << "' for " << PlatformLabel(P->GetPlatformName())
-          << (IsDefault ? ", the platform's default" : "") << '\n';
+          << (IsDefault ? ", the platform's default," : "") << " with " << P->GetPaths().size() << " path items\n";
   return ExitOk;
 }
 

@@ -67,9 +67,44 @@ int Finished(TAppContext& C, bool Succeeded) {
   return Succeeded && C.Progress().Errors().empty() ? ExitOk : ExitFailed;
 }
 
-int UpdateCache(TAppContext& C, const std::string& Name) {
+/// "PATH,MASK,TYPE[,subdirs]" (the path may hold commas itself).
+bool ParseItem(const std::string& Text, TOTARemoteProfilePathItem& Item) {
+  std::vector<std::string> Fields;
+  std::size_t Start = 0;
+  for (std::size_t Comma; (Comma = Text.find(',', Start)) != std::string::npos; Start = Comma + 1)
+    Fields.push_back(Text.substr(Start, Comma - Start));
+  Fields.push_back(Text.substr(Start));
+  Item = {};
+  if (Fields.size() >= 4 && SameText(Fields.back(), "subdirs")) {
+    Item.IncludeSubDir = true;
+    Fields.pop_back();
+  }
+  if (Fields.size() < 3 || !ParsePathType(Fields.back(), Item.Type)) return false;
+  Fields.pop_back();
+  Item.Mask = Fields.back();
+  Fields.pop_back();
+  for (std::size_t I = 0; I < Fields.size(); ++I) Item.Path += (I ? "," : "") + Fields[I];
+  return true;
+}
+
+int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::string>& ItemTexts) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
+  if (!ItemTexts.empty()) {
+    // The items of this run, not stored: a profile's path items do not outlive a reload while
+    // its profile file exists (Part 2.1 step 2.2), so a script names them here.
+    std::vector<TOTARemoteProfilePathItem> Items;
+    for (const std::string& Text : ItemTexts) {
+      TOTARemoteProfilePathItem Item;
+      if (!ParseItem(Text, Item)) {
+        C.Error(Format("'%s' is not PATH,MASK,TYPE[,subdirs]", {Text}));
+        return ExitUsage;
+      }
+      if (!CheckPathItem(Item)) return ExitUsage;
+      Items.push_back(Item);
+    }
+    P->SetPaths(TOTARemoteProfilePathArray(std::move(Items)));
+  }
   // The reference host's SDK is the profile itself: its path items into its local root.
   C.Live()->SetPlatformSDK(std::make_shared<TProfilePlatformSDK>(P));
   const bool Succeeded = C.Live()->GetProfileFilesWithProgress(P);
@@ -186,11 +221,19 @@ void AddRemoteCommands(CLI::App& App, TAction& Action) {
   TestCmd->callback([&Action, Name] { Action = [Name](TAppContext& C) { return Test(C, *Name); }; });
 
   auto* CacheCmd = App.add_subcommand("update-cache", "Pull the remote SDK's path items into the local root");
+  auto Items = std::make_shared<std::vector<std::string>>();
   CacheCmd->add_option("NAME", *Name, "profile")->required();
-  CacheCmd->footer("Shows progress; Ctrl-C cancels. An existing local file is replaced only when the\n"
-                   "question is answered Yes (--yes answers every one).\n"
-                   "Example:\n  zephprof --yes update-cache \"Build Mac\"");
-  CacheCmd->callback([&Action, Name] { Action = [Name](TAppContext& C) { return UpdateCache(C, *Name); }; });
+  CacheCmd->add_option("--item", *Items,
+                       "PATH,MASK,TYPE[,subdirs]: pull this item instead of the profile's (repeatable; not stored)")
+      ->allow_extra_args(false);
+  CacheCmd->footer("Pulls the profile's path items (or the --item ones) below its local root. Shows progress;\n"
+                   "Ctrl-C cancels. An existing local file is replaced only when the question is answered Yes\n"
+                   "(--yes answers every one).\n"
+                   "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"
+                   "  zephprof update-cache \"Build Mac\" --item '/usr/include,*.h,include,subdirs'");
+  CacheCmd->callback([&Action, Name, Items] {
+    Action = [Name, Items](TAppContext& C) { return UpdateCache(C, *Name, *Items); };
+  });
 
   auto Files = std::make_shared<std::vector<std::string>>();
   auto To = std::make_shared<std::string>();

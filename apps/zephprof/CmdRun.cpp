@@ -58,7 +58,8 @@ void AddRunCommand(CLI::App& App, TAction& Action) {
   RunCmd->add_option("PROGRAM", A->Program, "program on the remote machine")->required();
   RunCmd->add_option("ARG", A->Arguments, "its arguments (after -- when they start with -)");
   RunCmd->add_option("--cwd", A->Cwd, "remote working directory");
-  RunCmd->add_option("--env", A->Environment, "NAME=VALUE for the program's environment (repeatable)");
+  RunCmd->add_option("--env", A->Environment, "NAME=VALUE for the program's environment (repeatable)")
+      ->allow_extra_args(false);
   RunCmd->add_option("--output", A->Output, "remote file that receives the program's output");
   RunCmd->add_option("--input", A->Input, "remote file the program reads as its input");
   RunCmd->footer("Example:\n  zephprof run \"Build Mac\" /bin/ls --cwd /tmp --env LC_ALL=C -- -l /usr/include");
