@@ -76,7 +76,11 @@ std::size_t PullBatch(TDownloadContext& Context, const std::string& TreeRoot, st
 
 }  // namespace
 
-void TarPull(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile*>& Files) {
+void TarPull(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile*>& AllFiles) {
+  // GNU tar unquotes backslashes in names given on its command line: such names go over SFTP.
+  std::vector<TPlannedFile*> Files;
+  for (TPlannedFile* File : AllFiles)
+    if (File->Relative.find('\\') == std::string::npos) Files.push_back(File);
   std::size_t Begin = 0;
   while (Begin < Files.size() && !Context.Stopped) {
     std::size_t End = Begin;

@@ -1,6 +1,8 @@
 // Hestrel client: path validation (nothing lands outside the local root) and shell quoting.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "ClientTestSupport.h"
 #include "client/Launch.h"
 #include "client/LocalPaths.h"
@@ -130,4 +132,10 @@ TEST(HestrelShellQuote, RunScriptQuotesEveryArgument) {
             std::string::npos)
       << Script;
   EXPECT_EQ(Script.find("bad"), std::string::npos);
+}
+
+TEST(HestrelLocalPaths, LocalErrorsHaveSpecificTexts) {
+  EXPECT_EQ(LocalErrorText("/x", EACCES), "Permission denied: '/x'");
+  EXPECT_EQ(LocalErrorText("/x", ENOSPC), "Disk full while writing '/x'");
+  EXPECT_EQ(LocalErrorText("/x", ENOENT), "Local file '/x' does not exist");
 }

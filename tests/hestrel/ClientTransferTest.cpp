@@ -267,3 +267,13 @@ TEST_P(HestrelClientTransfer, MissingFrameworkIsReported) {
 
 INSTANTIATE_TEST_SUITE_P(TarAndSftp, HestrelClientTransfer, ::testing::Values(true, false),
                          [](const auto& Info) { return Info.param ? std::string("Tar") : std::string("Sftp"); });
+
+TEST_P(HestrelClientTransfer, LongAndOddNamesArriveIntact) {
+  const std::string Long = std::string(120, 'd') + "/" + std::string(150, 'e') + "/" + std::string(200, 'f') + ".h";
+  const std::vector<std::string> Names = {Long, "-starts-with-dash.h", "it's \"quoted\" $(x) `y`.h", "sp ace/\\back.h",
+                                          "new\nline.h"};
+  for (const auto& Name : Names) MakeFile(R("odd/" + Name), "content of " + Name);
+  ASSERT_TRUE(Client->GetFiles(R("odd"), true, "", nullptr, &Listener)) << Client->GetLastError();
+  for (const auto& Name : Names) EXPECT_EQ(Slurp(L("odd/" + Name)), "content of " + Name) << Name;
+  EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 4 : 0);  // the backslash name: SFTP
+}
