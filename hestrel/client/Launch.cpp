@@ -86,7 +86,10 @@ bool StartGdbServer(ssh_session Ssh, const std::string& Program, bool Attach, st
   const TCommandResult Result = RunCommand(Ssh, Script);
   if (!Result.Started) Error = Result.Error;
   else if (Result.ExitStatus == ExitNoGdbServer) Error = sErrGdbServerMissing;
-  else if (Result.ExitStatus != 0) Error = Format(sErrGdbServerFailed, {Result.Out + Result.Err});
+  else if (Result.ExitStatus != 0) {
+    const auto Eol = Result.Out.find('\n');  // the first line is the process id
+    Error = Format(sErrGdbServerFailed, {(Eol == std::string::npos ? "" : Result.Out.substr(Eol + 1)) + Result.Err});
+  }
   else {
     ProcessNumber = static_cast<std::int32_t>(std::strtol(Result.Out.c_str(), nullptr, 10));
     const auto At = Result.Out.find("Listening on port ");

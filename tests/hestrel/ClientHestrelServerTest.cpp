@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include "ClientTestSupport.h"
@@ -128,4 +129,26 @@ TEST_F(HestrelClientWithServer, QueriesAndRunWork) {
   EXPECT_EQ(Slurp((Server.Dir() / "run.out").string()), "started\n");
   EXPECT_FALSE(Client->Run("no-such-program-xyz", "", "", "", nullptr, "", "", Pid));
   EXPECT_EQ(Client->GetLastError(), Format(sErrProgramNotFound, {"no-such-program-xyz"}));
+}
+
+TEST(HestrelClientWithServerPath, DebugWithoutGdbServerOnThePathSaysSo) {
+  if (!std::filesystem::exists(TTestServer::BinaryPath())) GTEST_SKIP() << "no hestrel binary";
+  // The server's commands inherit its environment: a PATH without gdbserver (the check uses
+  // the shell's builtin `command`, so nothing else is needed from PATH).
+  TTestServer Server;
+  const std::string SavedPath = std::getenv("PATH") ? std::getenv("PATH") : "";
+  ::setenv("PATH", "/nonexistent-hestrel-test", 1);
+  const bool Started = Server.Start();
+  ::setenv("PATH", SavedPath.c_str(), 1);
+  ASSERT_TRUE(Started) << Server.Log();
+  TTempDir AppData;
+  THestrelClient Client("p", AppData.Path().string());
+  Client.SetHostName("127.0.0.1");
+  Client.SetPort(Server.Port());
+  Client.SetCredential({Server.Password(), true, false});
+  ASSERT_TRUE(Client.Connect(nullptr)) << Client.GetLastError();
+  std::int32_t N1 = 1, N2 = 0, N3 = 0;
+  EXPECT_FALSE(Client.Debug("/bin/true", true, N1, N2, N3));
+  EXPECT_EQ(Client.GetLastError(), sErrGdbServerMissing);
+  EXPECT_EQ(N3, 0);
 }

@@ -1,5 +1,6 @@
 // Hestrel client against a real OpenSSH sshd: remote queries (Part 3.4) and launches (Part 3.5).
 #include <pwd.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -152,4 +153,33 @@ TEST_F(HestrelClientQueries, DebugWithoutGdbServerSaysSo) {
   std::int32_t N1 = 1, N2 = 0, N3 = 0;
   EXPECT_FALSE(Client->Debug("/bin/true", true, N1, N2, N3));
   EXPECT_EQ(Client->GetLastError(), sErrGdbServerMissing);
+}
+
+TEST_F(HestrelClientQueries, DebugStartsGdbServerOnAnyPortAndAnswersPortAndPid) {
+  if (Shell("command -v gdbserver >/dev/null 2>&1") != 0) GTEST_SKIP() << "gdbserver is not installed here";
+  std::int32_t N1 = 0, N2 = 0, N3 = 0;
+  ASSERT_TRUE(Client->Debug("/bin/sleep", false, N1, N2, N3)) << Client->GetLastError();
+  EXPECT_GT(N2, 0);
+  EXPECT_GT(N3, 0);
+  ::kill(N3, SIGKILL);
+}
+
+TEST_F(HestrelClientQueries, DebugAttachesToARunningProcess) {
+  if (Shell("command -v gdbserver >/dev/null 2>&1") != 0) GTEST_SKIP() << "gdbserver is not installed here";
+  std::int32_t Pid = 0;
+  ASSERT_TRUE(Client->Run("/bin/sleep", "30", "", "", nullptr, "", "", Pid)) << Client->GetLastError();
+  std::int32_t N1 = Pid, N2 = 0, N3 = 0;
+  ASSERT_TRUE(Client->Debug("", true, N1, N2, N3)) << Client->GetLastError();
+  EXPECT_GT(N2, 0);
+  EXPECT_GT(N3, 0);
+  ::kill(N3, SIGKILL);
+  ::kill(Pid, SIGKILL);
+}
+
+TEST_F(HestrelClientQueries, DebugOfAMissingProgramReportsGdbServersText) {
+  if (Shell("command -v gdbserver >/dev/null 2>&1") != 0) GTEST_SKIP() << "gdbserver is not installed here";
+  std::int32_t N1 = 0, N2 = 0, N3 = 0;
+  EXPECT_FALSE(Client->Debug(Remote / "missing", false, N1, N2, N3));
+  EXPECT_EQ(Client->GetLastError().rfind("gdbserver did not start on the remote machine: ", 0), 0u)
+      << Client->GetLastError();
 }
