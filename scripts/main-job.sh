@@ -103,9 +103,10 @@ echo "remote output:"; sed 's/^/  /' "$REMOTE/deploy/run.out"
 step "List, export and import"
 z list
 z export "$PROFILE" "$WORK/main-job.profile"
-"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" import "$WORK/main-job.profile"
-"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" list
-"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$WORK/imported/data" test "$PROFILE"
+# Into a second settings file of this user (the same data directory holds the password key).
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$DATA" import "$WORK/main-job.profile"
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$DATA" list
+"$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$DATA" test "$PROFILE"
 
 step "Stop the server"
 kill "$SERVER_PID"
