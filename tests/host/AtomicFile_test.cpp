@@ -16,10 +16,10 @@ mode_t ModeOf(const std::string& FileName) {
   return Info.st_mode & 07777;
 }
 
-/// Removes the hook even when an assertion fails.
+/// Removes the shared helper's hook even when an assertion fails.
 struct THookGuard {
-  explicit THookGuard(TAtomicWriteHook Hook) { SetAtomicWriteHookForTesting(std::move(Hook)); }
-  ~THookGuard() { SetAtomicWriteHookForTesting(nullptr); }
+  explicit THookGuard(hestrel::TAtomicWriteHook Hook) { hestrel::SetAtomicWriteHookForTesting(std::move(Hook)); }
+  ~THookGuard() { hestrel::SetAtomicWriteHookForTesting(nullptr); }
 };
 }  // namespace
 

@@ -255,9 +255,9 @@ TEST(IniFile, FailedSaveBetweenWritingAndReplacingKeepsOldContent) {
   const std::string Before = ReadFileText(File);
   TIniFilePtr Ini = LoadOk(File);
   Ini->WriteString("S", "k", "new");
-  LinuxHost::SetAtomicWriteHookForTesting([](const std::string&, const std::string&) { return "No space left on device"; });
+  hestrel::SetAtomicWriteHookForTesting([](const std::string&, const std::string&) { return "No space left on device"; });
   const TIniFileSaveResult Result = Ini->UpdateFile();
-  LinuxHost::SetAtomicWriteHookForTesting(nullptr);
+  hestrel::SetAtomicWriteHookForTesting(nullptr);
   EXPECT_EQ(Result.Error, "Cannot save '" + File + "': No space left on device");
   EXPECT_EQ(ReadFileText(File), Before);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Dir.Path), {}), 1);  // no temporary file left

@@ -1,33 +1,24 @@
-// Atomic replacement of a file (the reference host's settings file, build-environment
-// file): write a temporary file in the same directory, fsync it, rename it over the
-// target, fsync the directory. Either the whole new content is in place or the old file
-// is left exactly as it was.
+// The reference host's policy for replacing its own files (settings file, build-environment
+// file) over the shared atomic write of hestrel/common/AtomicFile.h (temporary file in the
+// same directory, fsync, rename, fsync of the directory): a symbolic link is followed, so
+// the file it names is replaced and the link stays; an existing file keeps its mode; a new
+// one gets CreateMode. Failures are the shared helper's, with its test hook
+// (hestrel::SetAtomicWriteHookForTesting) failing a write before the rename.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 
 #include <sys/types.h>
 
+#include "common/AtomicFile.h"
+
 namespace LinuxHost {
 
-/// Empty Error means success.
-struct TAtomicWriteResult {
-  std::string Error;
-  bool Ok() const { return Error.empty(); }
-};
+using hestrel::TAtomicWriteResult;
 
-/// Replaces FileName by Contents. A new file gets CreateMode; an existing file keeps its
-/// mode. A symbolic link is followed, so the file it names is replaced and the link stays.
-/// On failure the temporary file is removed and Error says which step failed and why,
-/// naming FileName ("Cannot save '/x/settings.ini': ...").
+/// Replaces FileName (or the file its symbolic link names) by Contents atomically. On
+/// failure the old file is left as it was; Error names the file replaced and the step.
 TAtomicWriteResult AtomicWriteFile(const std::string& FileName, std::string_view Contents, mode_t CreateMode = 0600);
-
-/// Test seam: called after the temporary file is written and synced and before it is
-/// renamed over the target. A non-empty answer makes the write fail with that text as the
-/// reason (the temporary file is removed). Pass nullptr to remove the hook.
-using TAtomicWriteHook = std::function<std::string(const std::string& TempFileName, const std::string& FileName)>;
-void SetAtomicWriteHookForTesting(TAtomicWriteHook Hook);
 
 }  // namespace LinuxHost
