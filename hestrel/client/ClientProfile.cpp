@@ -1,11 +1,11 @@
 // Hestrel client (Part 2.2): the profile object (see ClientProfile.h).
 #include "client/ClientProfile.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-
-#include <sys/stat.h>
 
 #include "common/AtomicFile.h"
 #include "host/HostServices.h"

@@ -68,9 +68,11 @@ bool Expect(const std::vector<TToken>& Tokens, std::string_view Pattern, const s
   bool Ok = Tokens.size() == Pattern.size();
   for (std::size_t I = 0; Ok && I < Pattern.size(); ++I) Ok = Tokens[I].Quoted == (Pattern[I] == 'q');
   if (!Ok) {
-    static const char* const kShapes[] = {"Name", "\"text\"", "Port", "a whole number",
-                                          "Credential", "Password|PasswordFile \"text\" Encrypted|NotEncrypted",
-                                          "Path", "Include|Library|Other|Framework \"path\" \"mask\" SubDirs|NoSubDirs"};
+    static const char* const kShapes[] = {
+        "Name",       "\"text\"",
+        "Port",       "a whole number",
+        "Credential", "Password|PasswordFile \"text\" Encrypted|NotEncrypted",
+        "Path",       "Include|Library|Other|Framework \"path\" \"mask\" SubDirs|NoSubDirs"};
     std::string Shape = "\"text\"";
     for (std::size_t I = 0; I < std::size(kShapes); I += 2)
       if (Key == kShapes[I]) Shape = kShapes[I + 1];
@@ -150,7 +152,8 @@ bool ReadEntry(const std::string& Key, const std::vector<TToken>& T, TReadState&
 /// One entry line "Key = value ...", already trimmed and not a comment.
 bool ReadLine(std::string_view Line, TReadState& State, int LineNo, std::string& Error) {
   std::size_t KeyEnd = 0;
-  while (KeyEnd < Line.size() && ((Line[KeyEnd] >= 'A' && Line[KeyEnd] <= 'Z') || (Line[KeyEnd] >= 'a' && Line[KeyEnd] <= 'z')))
+  while (KeyEnd < Line.size() &&
+         ((Line[KeyEnd] >= 'A' && Line[KeyEnd] <= 'Z') || (Line[KeyEnd] >= 'a' && Line[KeyEnd] <= 'z')))
     ++KeyEnd;
   const std::string_view Rest = Trim(Line.substr(KeyEnd));
   if (KeyEnd == 0 || Rest.empty() || Rest.front() != '=') {
@@ -158,7 +161,8 @@ bool ReadLine(std::string_view Line, TReadState& State, int LineNo, std::string&
     return false;
   }
   std::vector<TToken> Tokens;
-  return SplitTokens(Rest.substr(1), Tokens, Error) && ReadEntry(std::string(Line.substr(0, KeyEnd)), Tokens, State, LineNo, Error);
+  return SplitTokens(Rest.substr(1), Tokens, Error) &&
+         ReadEntry(std::string(Line.substr(0, KeyEnd)), Tokens, State, LineNo, Error);
 }
 
 /// Line 1: "HestrelProfile 1".
@@ -195,7 +199,8 @@ bool CheckText(std::string_view Text, std::string& Error) {
   }
   std::size_t Bad = Text.find('\0');
   if (Bad != std::string_view::npos || !IsValidUtf8(Text, Bad)) {
-    const int LineNo = 1 + static_cast<int>(std::count(Text.begin(), Text.begin() + static_cast<std::ptrdiff_t>(Bad), '\n'));
+    const int LineNo =
+        1 + static_cast<int>(std::count(Text.begin(), Text.begin() + static_cast<std::ptrdiff_t>(Bad), '\n'));
     Error = AtLine(LineNo, "not UTF-8 text (byte " + std::to_string(Bad) + "); the file is binary or damaged");
     return false;
   }
@@ -214,7 +219,8 @@ std::string WriteProfileText(const TProfileFileData& Data) {
   Out += "Host = " + QuoteText(Data.Host) + "\n";
   Out += "Port = " + std::to_string(Data.Port) + "\n";
   Out += std::string("Credential = ") + (Data.Credential.IsPassword ? "Password " : "PasswordFile ") +
-         QuoteText(Data.Credential.PasswordOrFile) + (Data.Credential.IsEncrypted ? " Encrypted" : " NotEncrypted") + "\n";
+         QuoteText(Data.Credential.PasswordOrFile) + (Data.Credential.IsEncrypted ? " Encrypted" : " NotEncrypted") +
+         "\n";
   Out += "SysRoot = " + QuoteText(Data.SysRoot) + "\n";
   for (TIncludePathKind Kind : kWriteOrder) {
     const auto K = static_cast<std::size_t>(Kind);
@@ -250,9 +256,13 @@ bool ParseProfileText(std::string_view Text, TProfileFileData& Out, std::string&
     if (EndSeen) return Error = AtLine(LineNo, "text after the End line"), false;
     if (Line == "End") {
       EndSeen = true;
-      const char* Missing = !State.NameLine ? "Name" : !State.PlatformLine ? "Platform" : !State.HostLine ? "Host"
-                            : !State.PortLine ? "Port" : !State.CredentialLine ? "Credential"
-                            : !State.SysRootLine ? "SysRoot" : nullptr;
+      const char* Missing = !State.NameLine         ? "Name"
+                            : !State.PlatformLine   ? "Platform"
+                            : !State.HostLine       ? "Host"
+                            : !State.PortLine       ? "Port"
+                            : !State.CredentialLine ? "Credential"
+                            : !State.SysRootLine    ? "SysRoot"
+                                                    : nullptr;
       if (Missing) return Error = AtLine(LineNo, std::string("the entry '") + Missing + "' is missing"), false;
       continue;
     }

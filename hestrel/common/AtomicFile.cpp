@@ -1,14 +1,14 @@
 // Atomic whole-file replacement (see AtomicFile.h).
 #include "common/AtomicFile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <utility>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace hestrel {
 namespace {

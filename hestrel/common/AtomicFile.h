@@ -5,11 +5,11 @@
 // left exactly as it was, and the temporary file never outlives a failed write.
 #pragma once
 
+#include <sys/types.h>
+
 #include <functional>
 #include <string>
 #include <string_view>
-
-#include <sys/types.h>
 
 namespace hestrel {
 

@@ -46,7 +46,8 @@ bool ReadEscape(std::string_view Line, std::size_t& Pos, std::string& Out, std::
       return true;
     }
     default:
-      Error = std::string("unknown escape \\") + (IsControl(static_cast<unsigned char>(C)) ? std::string("?") : std::string(1, C));
+      Error = std::string("unknown escape \\") +
+              (IsControl(static_cast<unsigned char>(C)) ? std::string("?") : std::string(1, C));
       return false;
   }
 }
@@ -108,13 +109,20 @@ std::string QuoteText(std::string_view Text) {
       continue;
     }
     ++Pos;
-    if (C == '\\') Out += "\\\\";
-    else if (C == '"') Out += "\\\"";
-    else if (C == '\n') Out += "\\n";
-    else if (C == '\r') Out += "\\r";
-    else if (C == '\t') Out += "\\t";
-    else if (Length == 0 || IsControl(C)) AppendHexEscape(Out, C);
-    else Out += static_cast<char>(C);
+    if (C == '\\')
+      Out += "\\\\";
+    else if (C == '"')
+      Out += "\\\"";
+    else if (C == '\n')
+      Out += "\\n";
+    else if (C == '\r')
+      Out += "\\r";
+    else if (C == '\t')
+      Out += "\\t";
+    else if (Length == 0 || IsControl(C))
+      AppendHexEscape(Out, C);
+    else
+      Out += static_cast<char>(C);
   }
   Out += '"';
   return Out;

@@ -1,6 +1,8 @@
 // Part 2.3: Default SDK path sets — GetDefaultPaths, SetDefaultPaths, the built-in lists
 // of "OSX32", "iOSDevice" and "iOSSimulator" (133 entries, order exact) and the
 // default-path file name. GetPlatformDisplayName and ReplacePathPart: PathFunctions.cpp.
+#include "persistence/DefaultSdkPaths.h"
+
 #include <initializer_list>
 #include <vector>
 
@@ -8,7 +10,6 @@
 #include "core/ResourceStrings.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
-#include "persistence/DefaultSdkPaths.h"
 #include "persistence/ProfileFiles.h"
 
 namespace {
@@ -38,17 +39,22 @@ std::vector<TOTARemoteProfilePathItem> OSX32Defaults() {
   AddMasks(L, ptLibraryPath, "/usr/lib",
            {"libiconv.dylib", "libobjc.A.dylib", "libpcre.dylib", "libSystem.dylib", "libSystem.B.dylib",
             "libSystem.2.dylib", "libz.dylib"});
-  AddMasks(L, ptLibraryPath, "/usr/lib/system",
-           {"libcache.dylib", "libcommonCrypto.dylib", "libcompiler_rt.dylib", "libcopyfile.dylib",
-            "libdispatch.dylib", "libdnsinfo.dylib", "libdyld.dylib", "libkeymgr.dylib", "liblaunch.dylib",
-            "libmacho.dylib", "libmathCommon.A.dylib", "libnotify.dylib", "libquarantine.dylib",
-            "libremovefile.dylib", "libsystem_blocks.dylib", "libsystem_c.dylib", "libsystem_dnssd.dylib",
-            "libsystem_info.dylib", "libsystem_kernel.dylib", "libsystem_m.dylib", "libsystem_network.dylib",
-            "libsystem_notify.dylib", "libsystem_sandbox.dylib", "libunc.dylib", "libunwind.dylib",
-            "libxpc.dylib"});
+  AddMasks(L, ptLibraryPath, "/usr/lib/system", {"libcache.dylib",          "libcommonCrypto.dylib",
+                                                 "libcompiler_rt.dylib",    "libcopyfile.dylib",
+                                                 "libdispatch.dylib",       "libdnsinfo.dylib",
+                                                 "libdyld.dylib",           "libkeymgr.dylib",
+                                                 "liblaunch.dylib",         "libmacho.dylib",
+                                                 "libmathCommon.A.dylib",   "libnotify.dylib",
+                                                 "libquarantine.dylib",     "libremovefile.dylib",
+                                                 "libsystem_blocks.dylib",  "libsystem_c.dylib",
+                                                 "libsystem_dnssd.dylib",   "libsystem_info.dylib",
+                                                 "libsystem_kernel.dylib",  "libsystem_m.dylib",
+                                                 "libsystem_network.dylib", "libsystem_notify.dylib",
+                                                 "libsystem_sandbox.dylib", "libunc.dylib",
+                                                 "libunwind.dylib",         "libxpc.dylib"});
   AddMasks(L, ptFramework, "/System/Library/Frameworks",
-           {"AppKit", "ApplicationServices", "Carbon", "CFNetwork", "CoreFoundation", "CoreServices",
-            "DiskArbitration", "Foundation", "IOKit", "IOSurface", "Security"});
+           {"AppKit", "ApplicationServices", "Carbon", "CFNetwork", "CoreFoundation", "CoreServices", "DiskArbitration",
+            "Foundation", "IOKit", "IOSurface", "Security"});
   AddMasks(L, ptFramework, "/System/Library/Frameworks/CoreServices.framework/Frameworks", {"CFNetwork"});
   return L;
 }
@@ -65,12 +71,31 @@ std::vector<TOTARemoteProfilePathItem> IOSDeviceDefaults() {
            {"libiconv.dylib", "libobjc.A.dylib", "libpcre.dylib", "libstdc++.dylib", "libSystem.dylib",
             "libSystem.B.dylib", "libSystem.2.dylib", "libz.dylib"});
   AddMasks(L, ptLibraryPath, "/usr/lib/system",
-           {"libcache.dylib", "libcommonCrypto.dylib", "libcompiler_rt.dylib", "libcopyfile.dylib",
-            "libdispatch.dylib", "libdnsinfo.dylib", "libdyld.dylib", "libkeymgr.dylib", "liblaunch.dylib",
-            "libmacho.dylib", "libmathCommon.A.dylib", "libnotify.dylib", "libquarantine.dylib",
-            "libremovefile.dylib", "libsystem_blocks.dylib", "libsystem_c.dylib", "libsystem_dnssd.dylib",
-            "libsystem_info.dylib", "libsystem_kernel.dylib", "libsystem_network.dylib", "libsystem_notify.dylib",
-            "libsystem_sandbox.dylib", "libunc.dylib", "libunwind.dylib", "libxpc.dylib"});
+           {"libcache.dylib",
+            "libcommonCrypto.dylib",
+            "libcompiler_rt.dylib",
+            "libcopyfile.dylib",
+            "libdispatch.dylib",
+            "libdnsinfo.dylib",
+            "libdyld.dylib",
+            "libkeymgr.dylib",
+            "liblaunch.dylib",
+            "libmacho.dylib",
+            "libmathCommon.A.dylib",
+            "libnotify.dylib",
+            "libquarantine.dylib",
+            "libremovefile.dylib",
+            "libsystem_blocks.dylib",
+            "libsystem_c.dylib",
+            "libsystem_dnssd.dylib",
+            "libsystem_info.dylib",
+            "libsystem_kernel.dylib",
+            "libsystem_network.dylib",
+            "libsystem_notify.dylib",
+            "libsystem_sandbox.dylib",
+            "libunc.dylib",
+            "libunwind.dylib",
+            "libxpc.dylib"});
   AddMasks(L, ptLibraryPath, "/usr/lib", {"libc++abi.dylib", "libobjc.dylib"});
   // Entry 52 stands here, after the two "/usr/lib" entries, as the Part keeps it.
   AddMasks(L, ptLibraryPath, "/usr/lib/system", {"libsystem_m.dylib"});

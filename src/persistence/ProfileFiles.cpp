@@ -1,13 +1,14 @@
 // Part 2.2: Profile files — GetProfileFileName, SaveProfileFile, LoadProfileFile,
 // LoadProfile (import) and MergeRemoteProfile. The file format belongs to the agent
 // library's profile object (docs/profile-file-format.md for the Hestrel library).
+#include "persistence/ProfileFiles.h"
+
 #include <filesystem>
 
 #include "core/RemoteProfileManager.h"
 #include "core/ResourceStrings.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
-#include "persistence/ProfileFiles.h"
 
 namespace {
 
@@ -36,11 +37,10 @@ std::string TRemoteProfileManager::GetProfileFileName(const std::string& Profile
 }
 
 void TRemoteProfileManager::SaveProfileFile(const std::string& FileName, const std::string& ProfileName,
-                                            const std::string& Platform, const std::string& HostName,
-                                            std::int32_t Port, const TRACredential& Credential,
-                                            const std::string& LocalRoot, const TRAPathItems& IncludePaths,
-                                            const TRAPathItems& LibraryPaths, const TRAPathItems& OtherPaths,
-                                            const TRAPathItems& FrameworkPaths) {
+                                            const std::string& Platform, const std::string& HostName, std::int32_t Port,
+                                            const TRACredential& Credential, const std::string& LocalRoot,
+                                            const TRAPathItems& IncludePaths, const TRAPathItems& LibraryPaths,
+                                            const TRAPathItems& OtherPaths, const TRAPathItems& FrameworkPaths) {
   TRAClientFactory* Library = TRAClientFactory::GetInstance();
   if (!Library) throw EProfileFileError("Cannot save a profile file: no remote-agent client library is installed");
   const std::unique_ptr<TRAClientProfile> Profile = Library->CreateProfile();
@@ -78,17 +78,14 @@ bool TRemoteProfileManager::LoadProfileFile(const std::string& FileName, std::st
   if (ProfileName.empty()) ProfileName = NameFromFileName(Target);
   std::string Message;
   switch (InternalValidateProfileName(ProfileName, Message)) {
-    case pnveBadFileName:
-      Ask(Message, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}, TMsgDlgBtn::mbOK);
-      return false;
+    case pnveBadFileName: Ask(Message, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}, TMsgDlgBtn::mbOK); return false;
     case pnveDuplicate:
       // Without a host to ask, nothing is overwritten (docs/DECISIONS.md).
       if (Confirm && Ask(Format(sConfirmImportOverwrite, {Message}), TMsgDlgType::mtConfirmation,
                          {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}, TMsgDlgBtn::mbNo) == TMsgDlgBtn::mbNo)
         return false;
       break;
-    case pnveNone:
-      break;
+    case pnveNone: break;
   }
   Paths = TOTARemoteProfilePathArray();  // path items are never taken from a profile file
   HostName = Profile->GetHost();

@@ -44,7 +44,8 @@ void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
     Item.Mask = Settings.ReadString(Section, Format(L::MaskFmt, {std::int64_t{I}}), "");
     Item.IncludeSubDir = Settings.ReadBool(Section, Format(L::IncludeSubDirFmt, {std::int64_t{I}}), false);
     // Only the low 8 bits of the stored integer are kept.
-    Item.Type = static_cast<TOTAPathItemType>(static_cast<std::uint8_t>(Settings.ReadInteger(Section, Format(L::TypeFmt, {std::int64_t{I}}), 0)));
+    Item.Type = static_cast<TOTAPathItemType>(
+        static_cast<std::uint8_t>(Settings.ReadInteger(Section, Format(L::TypeFmt, {std::int64_t{I}}), 0)));
   }
   // A password file takes precedence; a password stays in its stored (enciphered) form.
   P.Credential.IsEncrypted = true;
@@ -61,8 +62,8 @@ void TRemoteProfileManager::LoadOptions(TCustomIniFile& Settings) {
     TLoadedProfile P;  // nothing carries over from the previous name
     P.Name = Listed;
     // A name becomes a file name only once it is known to be one (docs/DECISIONS.md).
-    bool FromFile = IsValidProfileFileName(P.Name) &&
-                    LoadProfileFile("", P.Name, P.Platform, P.HostName, P.Port, P.Credential, P.LocalRoot, P.Paths, true);
+    bool FromFile = IsValidProfileFileName(P.Name) && LoadProfileFile("", P.Name, P.Platform, P.HostName, P.Port,
+                                                                      P.Credential, P.LocalRoot, P.Paths, true);
     if (FromFile) {
       P.Paths = TOTARemoteProfilePathArray();  // the file supplies no path items
     } else {
@@ -105,8 +106,10 @@ void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCu
     Ini->WriteString(Section, L::Platform, Profile->GetPlatformName());
     Ini->WriteString(Section, L::HostName, Profile->GetHostName());
     Ini->WriteInteger(Section, L::PortNumber, Profile->GetPortNumber());
-    if (Credential.IsPassword) Ini->WriteString(Section, L::Password, Stored.PasswordOrFile);
-    else Ini->WriteString(Section, L::PassFile, Credential.PasswordOrFile);
+    if (Credential.IsPassword)
+      Ini->WriteString(Section, L::Password, Stored.PasswordOrFile);
+    else
+      Ini->WriteString(Section, L::PassFile, Credential.PasswordOrFile);
     Ini->WriteString(Section, L::LocalRoot, Profile->GetSystemRoot());
     Ini->WriteInteger(Section, L::PathCount, static_cast<std::int32_t>(Paths.size()));
   }
@@ -127,6 +130,8 @@ void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCu
 }
 
 void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, const std::string& FileName) {
-  if (!FileName.empty()) SaveProfile(Profile, nullptr, FileName);  // export: only the profile file
-  else SaveProfile(Profile, FSettings.get(), "");
+  if (!FileName.empty())
+    SaveProfile(Profile, nullptr, FileName);  // export: only the profile file
+  else
+    SaveProfile(Profile, FSettings.get(), "");
 }

@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
   const std::string Written = hestrel::WriteProfileText(Profile.GetData());
   THestrelClientProfile Again;
   if (!Again.ReadProfileText(Written, "again.profile")) std::abort();  // the writer's text is refused
-  if (!(Again.GetData() == Profile.GetData())) std::abort();            // values changed on the way
+  if (!(Again.GetData() == Profile.GetData())) std::abort();           // values changed on the way
   if (hestrel::WriteProfileText(Again.GetData()) != Written) std::abort();
   return 0;
 }

@@ -1,14 +1,13 @@
 // Part 2.2 profile-file format of the Hestrel agent library (THestrelClientProfile,
 // docs/profile-file-format.md): round trips, every damaged-file case, atomic 0600 writes.
-#include "client/ClientProfile.h"
+#include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <climits>
 #include <filesystem>
 #include <fstream>
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
+#include "client/ClientProfile.h"
 #include "common/AtomicFile.h"
 #include "doubles/HostDoubles.h"
 
@@ -126,8 +125,9 @@ TEST_F(ClientProfileFile, RoundTripKeepsPasswordFileCredentialAndExtremes) {
 TEST_F(ClientProfileFile, FileIsVersionedReadableUtf8Text) {
   const std::string Text = ValidText();
   EXPECT_EQ(Text.rfind("HestrelProfile 1\n", 0), 0u);
-  EXPECT_NE(Text.find("Name = \" =;#[Section]\\\\back\\\\slash \\\"quoted\\\"\\ttab\\nline\\r\\nZoë Mäc 東京 🍎 name\"\n"),
-            std::string::npos)
+  EXPECT_NE(
+      Text.find("Name = \" =;#[Section]\\\\back\\\\slash \\\"quoted\\\"\\ttab\\nline\\r\\nZoë Mäc 東京 🍎 name\"\n"),
+      std::string::npos)
       << Text;
   EXPECT_NE(Text.find("Port = -2147483648\n"), std::string::npos);
   EXPECT_NE(Text.find("Path = Include \"/usr/include\" \"*\" NoSubDirs\n"), std::string::npos);
@@ -137,9 +137,10 @@ TEST_F(ClientProfileFile, FileIsVersionedReadableUtf8Text) {
 }
 
 TEST_F(ClientProfileFile, ReadsCrLfLineEndsCommentsAndByteOrderMark) {
-  std::string Text = "\xEF\xBB\xBFHestrelProfile 1\r\n# comment\r\n\r\n  Name = \"N\"  \r\nPlatform=\"P\"\r\n"
-                     "Host = \"H\"\r\nPort = 5\r\nCredential = PasswordFile \"F\" NotEncrypted\r\nSysRoot = \"\"\r\n"
-                     "Path = Framework \"/F\" \"UIKit\" NoSubDirs\r\nEnd\r\n# trailing comment\r\n";
+  std::string Text =
+      "\xEF\xBB\xBFHestrelProfile 1\r\n# comment\r\n\r\n  Name = \"N\"  \r\nPlatform=\"P\"\r\n"
+      "Host = \"H\"\r\nPort = 5\r\nCredential = PasswordFile \"F\" NotEncrypted\r\nSysRoot = \"\"\r\n"
+      "Path = Framework \"/F\" \"UIKit\" NoSubDirs\r\nEnd\r\n# trailing comment\r\n";
   WriteAll(Dir / "crlf.profile", Text);
   THestrelClientProfile P;
   ASSERT_TRUE(P.ReadProfileSettings((Dir / "crlf.profile").string())) << P.GetLastError();
@@ -180,7 +181,10 @@ TEST_F(ClientProfileFile, EveryTruncationIsRefused) {
 }
 
 TEST_F(ClientProfileFile, BinaryFileIsRefused) {
-  ExpectRefused(std::string("\x7f" "ELF\x02\x01\x01\0\0\0", 10), "not UTF-8 text", 1);
+  ExpectRefused(std::string("\x7f"
+                            "ELF\x02\x01\x01\0\0\0",
+                            10),
+                "not UTF-8 text", 1);
   ExpectRefused("HestrelProfile 1\nName = \"a\xc0\xaf\"\n", "not UTF-8 text (byte 26)", 2);
   ExpectRefused(std::string("HestrelProfile 1\n\0\n", 19), "not UTF-8 text", 2);
 }
@@ -193,7 +197,8 @@ TEST_F(ClientProfileFile, OversizedFileIsRefused) {
 
 TEST_F(ClientProfileFile, UnknownVersionIsRefused) {
   std::string Text = ValidText();
-  ExpectRefused("HestrelProfile 2" + Text.substr(16), "unsupported format version '2' (this library reads version 1)", 1);
+  ExpectRefused("HestrelProfile 2" + Text.substr(16), "unsupported format version '2' (this library reads version 1)",
+                1);
   ExpectRefused("[Profile]\nName=x\n", "not a Hestrel profile file", 1);
 }
 

@@ -1,11 +1,11 @@
 // Part 2.2 profile-file reader against every fuzzing input kept in the repository
 // (tests/fuzz/corpus and tests/fuzz/regressions): no crash, a refused file keeps the
 // previous values and names the file, an accepted one round-trips exactly.
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "client/ClientProfile.h"
 
@@ -54,7 +54,8 @@ TEST(ProfileFileRegression, EveryRegressionFileIsReadWithoutCrash) {
 }
 
 TEST(ProfileFileRegression, SeedCorpusValidFilesAreAccepted) {
-  for (const char* Name : {"full.profile", "minimal.profile", "crlf-escapes.profile", "iOSSimulator.defaultprofilepaths"}) {
+  for (const char* Name :
+       {"full.profile", "minimal.profile", "crlf-escapes.profile", "iOSSimulator.defaultprofilepaths"}) {
     THestrelClientProfile Profile;
     EXPECT_TRUE(Profile.ReadProfileSettings((FuzzDir() / "corpus" / Name).string())) << Profile.GetLastError();
   }

@@ -11,8 +11,8 @@ class ProfileFileNames : public TPersistenceFixture {};
 
 TEST_F(ProfileFileNames, FileNameRuleAgreesWithTheManagersNameValidation) {
   const auto M = TRemoteProfileManager::Create(nullptr);
-  std::vector<std::string> Names{"", "Mac", " Mac ", "..", ".", "a/b", "a\\b", "/abs", "C:x", "a*b", "a?b",
-                                 "a\"b", "a<b", "a>b", "a|b", "Zoë 東京", "a;b=c#[d]", "\x7f"};
+  std::vector<std::string> Names{"",    "Mac", " Mac ", "..",  ".",   "a/b", "a\\b",     "/abs",      "C:x",
+                                 "a*b", "a?b", "a\"b",  "a<b", "a>b", "a|b", "Zoë 東京", "a;b=c#[d]", "\x7f"};
   for (int C = 1; C < 0x20; ++C) Names.push_back("a" + std::string(1, static_cast<char>(C)));
   for (const std::string& Name : Names) {
     std::string Message;
@@ -31,11 +31,11 @@ TEST_F(ProfileFileNames, AppDataDirectoryGetsOneTrailingDelimiter) {
 
 TEST_F(ProfileFileNames, PathItemsAreSortedByTypeKeepingOrder) {
   const TPathItemLists Lists = SortPathItemsByType({{"/i1", "*", false, ptIncludePath},
-                                                   {"/o", "*", true, ptOtherPath},
-                                                   {"/i2", "m", false, ptIncludePath},
-                                                   {"/x", "*", false, static_cast<TOTAPathItemType>(200)},
-                                                   {"/l", "*", false, ptLibraryPath},
-                                                   {"/f", "F", false, ptFramework}});
+                                                    {"/o", "*", true, ptOtherPath},
+                                                    {"/i2", "m", false, ptIncludePath},
+                                                    {"/x", "*", false, static_cast<TOTAPathItemType>(200)},
+                                                    {"/l", "*", false, ptLibraryPath},
+                                                    {"/f", "F", false, ptFramework}});
   EXPECT_EQ(Lists.IncludePaths, (TRAPathItems{{"/i1", "*", false}, {"/i2", "m", false}}));
   EXPECT_EQ(Lists.LibraryPaths, (TRAPathItems{{"/l", "*", false}}));
   EXPECT_EQ(Lists.OtherPaths, (TRAPathItems{{"/o", "*", true}}));

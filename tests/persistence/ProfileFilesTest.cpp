@@ -1,8 +1,8 @@
 // Part 2.2: Profile files (persistence/ProfileFiles.cpp): file names, LoadProfileFile,
 // import (LoadProfile), export (SaveProfile with a file name), MergeRemoteProfile.
-#include <filesystem>
-
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 #include "PersistenceFixture.h"
 #include "common/AtomicFile.h"
@@ -12,7 +12,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
 
 class ProfileFiles : public TPersistenceFixture {
  protected:
@@ -69,8 +68,8 @@ TEST_F(ProfileFiles, FileWithoutProfileNameIsImportedUnderItsFileName) {
 
 TEST_F(ProfileFiles, LoadProfileFileFillsEveryValueAndEmptiesThePaths) {
   const auto M = TRemoteProfileManager::Create(nullptr);
-  const std::string File = WriteProfileFile("x.profile", "Mac", "iOSDevice", "mac.local", 4000,
-                                            {"enc:01", true, true}, "/cache/Mac");
+  const std::string File =
+      WriteProfileFile("x.profile", "Mac", "iOSDevice", "mac.local", 4000, {"enc:01", true, true}, "/cache/Mac");
   ASSERT_TRUE(LoadFile(*M, File));
   EXPECT_EQ(Name, "Mac");
   EXPECT_EQ(Platform, "iOSDevice");
@@ -152,7 +151,8 @@ TEST_F(ProfileFiles, BadNameInTheFileShowsTheErrorAndIsNotTaken) {
     Messages->Shown.clear();
     EXPECT_FALSE(M->LoadProfile(WriteProfileFile("bad.profile", Bad, "OSX32"))) << Bad;
     ASSERT_EQ(Messages->Shown.size(), 1u);
-    EXPECT_EQ(Messages->Shown[0].Text, "'" + Bad + "' is not a valid profile name.  A profile name must be a valid filename");
+    EXPECT_EQ(Messages->Shown[0].Text,
+              "'" + Bad + "' is not a valid profile name.  A profile name must be a valid filename");
     EXPECT_EQ(Messages->Shown[0].Kind, TMsgDlgType::mtError);
     EXPECT_EQ(Messages->Shown[0].Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
   }
@@ -185,7 +185,9 @@ TEST_F(ProfileFiles, DamagedFilesAreNotTakenAndSayNothing) {
   const std::vector<std::pair<std::string, std::string>> Cases{
       {"empty", ""},
       {"truncated", Valid.substr(0, Valid.size() / 2)},
-      {"binary", std::string("\x7f" "ELF\x02\x01\x01\0\0\0\xff\xfe", 12)},
+      {"binary", std::string("\x7f"
+                             "ELF\x02\x01\x01\0\0\0\xff\xfe",
+                             12)},
       {"oversized", Valid.substr(0, Valid.size() - 4) + std::string(1024 * 1024, '#') + "\nEnd\n"},
       {"version", "HestrelProfile 2" + Valid.substr(16)},
       {"damaged", "HestrelProfile 1\nName = \"Mac\nEnd\n"}};
@@ -261,8 +263,10 @@ TEST_F(ProfileFiles, ExportOfATypedPasswordHoldsOnlyItsEncipheredForm) {
 TEST_F(ProfileFiles, SaveProfileFileSortsTheFourListsIntoTheirKinds) {
   const auto M = TRemoteProfileManager::Create(nullptr);
   const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "",
-                               {{"/i", "*", false, ptIncludePath}, {"/l", "a", false, ptLibraryPath},
-                                {"/f", "F", false, ptFramework}, {"/o", "*", true, ptOtherPath},
+                               {{"/i", "*", false, ptIncludePath},
+                                {"/l", "a", false, ptLibraryPath},
+                                {"/f", "F", false, ptFramework},
+                                {"/o", "*", true, ptOtherPath},
                                 {"/x", "*", false, static_cast<TOTAPathItemType>(9)}},
                                false);
   M->SaveProfile(P, "");  // no store: the profile file only

@@ -1,8 +1,8 @@
 // Part 2.1: Settings-store layout (persistence/SettingsStore.cpp): LoadOptions,
 // SaveOptions, SaveProfile — values, defaults and the exact order of store calls.
-#include <filesystem>
-
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 #include "PersistenceFixture.h"
 #include "persistence/SettingsStoreLayout.h"
@@ -57,7 +57,8 @@ TEST_F(SettingsStore, StoredPasswordIsTakenAsStoredAndNeverEnciphered) {
 }
 
 TEST_F(SettingsStore, DefaultNamingAProfileOfAnotherPlatformMarksNothing) {
-  for (const char* Name : {"A", "B", "C"}) Ini->WriteString(std::string("RemoteProfiles\\") + Name, "Platform", "OSX32");
+  for (const char* Name : {"A", "B", "C"})
+    Ini->WriteString(std::string("RemoteProfiles\\") + Name, "Platform", "OSX32");
   Ini->WriteString("RemoteProfiles\\A", "Platform", "Android");
   Ini->WriteString("RemoteProfiles", "Default_OSX32", "A");
   EXPECT_EQ(NamesOf(*Load(), "OSX32"), (std::vector<std::string>{"B", "C"}));
@@ -70,7 +71,8 @@ TEST_F(SettingsStore, DefaultNamingNoProfileLeavesStoreOrder) {
 }
 
 TEST_F(SettingsStore, DefaultIsComparedCaseSensitivelyAndPutFirst) {
-  for (const char* Name : {"B", "C", "D"}) Ini->WriteString(std::string("RemoteProfiles\\") + Name, "Platform", "OSX32");
+  for (const char* Name : {"B", "C", "D"})
+    Ini->WriteString(std::string("RemoteProfiles\\") + Name, "Platform", "OSX32");
   Ini->WriteString("RemoteProfiles", "Default_OSX32", "C");
   EXPECT_EQ(NamesOf(*Load(), "OSX32"), (std::vector<std::string>{"C", "B", "D"}));
   ResetRemoteProfileMgrForTesting();
@@ -115,13 +117,13 @@ TEST_F(SettingsStore, LoadReadsTheStoreInTheSpecOrder) {
   Ini->Log.clear();
   Load();
   const std::string S = "RemoteProfiles\\Mac";
-  EXPECT_EQ(Ini->Log, (Log{"ReadSections(RemoteProfiles)", "ReadString(" + S + ",Platform)",
-                           "ReadString(" + S + ",HostName)", "ReadInteger(" + S + ",PortNumber)",
-                           "ReadString(" + S + ",Password)", "ReadString(" + S + ",PassFile)",
-                           "ReadString(" + S + ",LocalRoot)", "ReadInteger(" + S + ",PathCount)",
-                           "ReadString(" + S + ",Path0)", "ReadString(" + S + ",Mask0)",
-                           "ReadBool(" + S + ",IncludeSubDir0)", "ReadInteger(" + S + ",Type0)",
-                           "ReadString(RemoteProfiles,Default_OSX32)"}));
+  EXPECT_EQ(
+      Ini->Log,
+      (Log{"ReadSections(RemoteProfiles)", "ReadString(" + S + ",Platform)", "ReadString(" + S + ",HostName)",
+           "ReadInteger(" + S + ",PortNumber)", "ReadString(" + S + ",Password)", "ReadString(" + S + ",PassFile)",
+           "ReadString(" + S + ",LocalRoot)", "ReadInteger(" + S + ",PathCount)", "ReadString(" + S + ",Path0)",
+           "ReadString(" + S + ",Mask0)", "ReadBool(" + S + ",IncludeSubDir0)", "ReadInteger(" + S + ",Type0)",
+           "ReadString(RemoteProfiles,Default_OSX32)"}));
 }
 
 TEST_F(SettingsStore, UnknownPlatformIsSkippedSilently) {
@@ -173,8 +175,9 @@ TEST_F(SettingsStore, HeldProfileOfTheSameNameIsReplaced) {
 
 TEST_F(SettingsStore, SaveProfileWritesInTheSpecOrderAndEnciphersATypedPassword) {
   const auto M = Empty();
-  const auto P = M->AddProfile("Mac", "OSX32", "mac.local", 64211, {"pw", true, false}, "/cache",
-                               {{"/usr/include", "*", true, ptIncludePath}, {"/F", "UIKit", false, ptFramework}}, false);
+  const auto P =
+      M->AddProfile("Mac", "OSX32", "mac.local", 64211, {"pw", true, false}, "/cache",
+                    {{"/usr/include", "*", true, ptIncludePath}, {"/F", "UIKit", false, ptFramework}}, false);
   M->SaveProfile(P, Ini.get(), "");
   const std::string S = "RemoteProfiles\\Mac";
   EXPECT_EQ(Ini->Log, (Log{"WriteString(" + S + ",Platform,OSX32)", "WriteString(" + S + ",HostName,mac.local)",
@@ -214,19 +217,25 @@ TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfter
   auto Block = [](const std::string& Name, const std::string& Platform, const std::string& Host, int Port,
                   const std::string& CredValue, const std::string& CredKind) {
     const std::string S = "RemoteProfiles\\" + Name;
-    return Log{"WriteString(" + S + ",Platform," + Platform + ")", "WriteString(" + S + ",HostName," + Host + ")",
+    return Log{"WriteString(" + S + ",Platform," + Platform + ")",
+               "WriteString(" + S + ",HostName," + Host + ")",
                "WriteInteger(" + S + ",PortNumber," + std::to_string(Port) + ")",
-               "WriteString(" + S + "," + CredKind + "," + CredValue + ")", "WriteString(" + S + ",LocalRoot,)",
+               "WriteString(" + S + "," + CredKind + "," + CredValue + ")",
+               "WriteString(" + S + ",LocalRoot,)",
                "WriteInteger(" + S + ",PathCount,0)"};
   };
   Log Expected{"EraseSection(RemoteProfiles)"};
-  for (const auto& L : {Block("Droid", "Android", "d", 3, "/d", "PassFile")}) Expected.insert(Expected.end(), L.begin(), L.end());
+  for (const auto& L : {Block("Droid", "Android", "d", 3, "/d", "PassFile")})
+    Expected.insert(Expected.end(), L.begin(), L.end());
   Expected.push_back("WriteString(RemoteProfiles,Default_Android,Droid)");
-  for (const auto& L : {Block("Mac", "OSX32", "h", 1, "enc:00", "Password")}) Expected.insert(Expected.end(), L.begin(), L.end());
+  for (const auto& L : {Block("Mac", "OSX32", "h", 1, "enc:00", "Password")})
+    Expected.insert(Expected.end(), L.begin(), L.end());
   Expected.push_back("WriteString(RemoteProfiles,Default_OSX32,Mac)");
-  for (const auto& L : {Block("Mac2", "OSX32", "h", 2, "enc:00", "Password")}) Expected.insert(Expected.end(), L.begin(), L.end());
+  for (const auto& L : {Block("Mac2", "OSX32", "h", 2, "enc:00", "Password")})
+    Expected.insert(Expected.end(), L.begin(), L.end());
   EXPECT_EQ(Ini->Log, Expected);
-  for (const char* File : {"Droid.profile", "Mac.profile", "Mac2.profile"}) EXPECT_TRUE(fs::exists(AppData() / File)) << File;
+  for (const char* File : {"Droid.profile", "Mac.profile", "Mac2.profile"})
+    EXPECT_TRUE(fs::exists(AppData() / File)) << File;
 }
 
 TEST_F(SettingsStore, SaveProfileAloneLeavesEarlierValuesInTheStore) {
