@@ -88,11 +88,11 @@ bool PromptPassword(std::ostream& Err, std::string& Password) {
   if (HaveTerminal) {
     termios Silent = Saved;
     Silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &Silent);
+    tcsetattr(STDIN_FILENO, TCSANOW, &Silent);
   }
   Err << "Password: " << std::flush;
   const bool Read = static_cast<bool>(std::getline(std::cin, Password));
-  if (HaveTerminal) tcsetattr(STDIN_FILENO, TCSAFLUSH, &Saved);
+  if (HaveTerminal) tcsetattr(STDIN_FILENO, TCSANOW, &Saved);
   Err << '\n';
   if (!Read) Password.clear();
   return Read;
