@@ -290,4 +290,19 @@ TEST_F(SettingsStore, ProfileFileHoldingABadNameShowsTheErrorAndFallsBackToTheSt
   EXPECT_FALSE(fs::exists(AppData().parent_path() / "evil.profile"));
 }
 
+TEST_F(SettingsStore, DeclinedOverwriteFallsBackToTheSubSectionOfTheNameInTheFile) {
+  Ini->WriteString("RemoteProfiles\\A", "Platform", "OSX32");
+  Ini->WriteString("RemoteProfiles\\A", "HostName", "store-a");
+  Ini->WriteString("RemoteProfiles\\B", "Platform", "OSX32");
+  Ini->WriteString("RemoteProfiles\\B", "HostName", "store-b");
+  WriteProfileFile("B.profile", "A", "OSX32", "file-b");
+  Messages->Answers = {TMsgDlgBtn::mbNo};
+  const auto M = Load();
+  ASSERT_EQ(Messages->Shown.size(), 1u);
+  EXPECT_EQ(Messages->Shown[0].Kind, TMsgDlgType::mtConfirmation);
+  // B's turn read the sub-section of "A", the name its file holds: A is loaded twice, B never.
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (std::vector<std::string>{"A"}));
+  EXPECT_EQ(M->GetProfile("A")->GetHostName(), "store-a");
+}
+
 }  // namespace
