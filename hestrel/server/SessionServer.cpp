@@ -21,9 +21,10 @@ namespace {
 
 TSessionServer* Server(void* Self) { return static_cast<TSessionServer*>(Self); }
 
-/// Poll period: the loop also wakes for signals and socket traffic, so this only bounds
-/// how late the login deadline is noticed.
-constexpr int PollMs = 500;
+/// Poll periods: the loop wakes for signals, socket traffic and pipes anyway, so these only
+/// bound how late the login deadline (before login) or a lost socket (safety net) is noticed.
+constexpr int LoginPollMs = 250;
+constexpr int SessionPollMs = 5000;
 
 }  // namespace
 
@@ -82,7 +83,7 @@ int TSessionServer::Run() {
 
 void TSessionServer::Loop() {
   for (;;) {
-    int Rc = ssh_event_dopoll(FEvent.get(), PollMs);
+    int Rc = ssh_event_dopoll(FEvent.get(), FAuthenticated ? SessionPollMs : LoginPollMs);
     if (FChildEvent) ReapChildren();
     if (FStopSignal != 0) return;
     if (!FAuthenticated) {

@@ -199,6 +199,18 @@ TEST_F(HestrelServer, TwoClientsAreServedAtOnce) {
   ssh_channel_free(Waiting);
 }
 
+TEST_F(HestrelServer, ChannelsOfOneConnectionRunInParallel) {
+  auto Client = LoggedIn();
+  ssh_channel Waiting = Client->StartExec("read Line; echo \"got $Line\"");
+  ASSERT_NE(nullptr, Waiting);
+  TExecResult Other = Client->Exec("head -c 3000000 /dev/zero");
+  EXPECT_EQ(3000000u, Other.Out.size());
+  ssh_channel_write(Waiting, "go\n", 3);
+  EXPECT_EQ("got go", TServerTestClient::ReadLine(Waiting, 5000));
+  ssh_channel_close(Waiting);
+  ssh_channel_free(Waiting);
+}
+
 TEST_F(HestrelServer, ClosingTheChannelHangsUpItsCommand) {
   auto Client = LoggedIn();
   ssh_channel Channel = Client->StartExec("echo $$; exec sleep 30");
