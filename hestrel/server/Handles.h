@@ -49,14 +49,10 @@ struct TSshEventFree {
 struct TSshKeyFree {
   void operator()(ssh_key K) const { ssh_key_free(K); }
 };
-struct TSshStringFree {
-  void operator()(char* S) const { ssh_string_free_char(S); }
-};
 
 using TSshSession = std::unique_ptr<ssh_session_struct, TSshSessionFree>;
 using TSshBind = std::unique_ptr<ssh_bind_struct, TSshBindFree>;
 using TSshEvent = std::unique_ptr<ssh_event_struct, TSshEventFree>;
 using TSshKey = std::unique_ptr<ssh_key_struct, TSshKeyFree>;
-using TSshCString = std::unique_ptr<char, TSshStringFree>;
 
 }  // namespace hestrel::server
