@@ -14,6 +14,9 @@
 
 namespace hestrel {
 
+class TTarReader;
+struct TTarEntry;
+
 /// One file to fetch: decided on (accepted, overwrite answered) and not yet copied.
 struct TPlannedFile {
   std::string Remote;    ///< remote path
@@ -57,6 +60,26 @@ struct TDownloadContext {
 bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
               std::vector<TPlannedFile>& Plan);
 
+/// Asks Accept and, when a different local file exists, Overwrite; identical files (same
+/// size and modification time) answer false without a question. True: copy it.
+bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
+               const TRemoteEntry& Entry);
+
+/// Makes the directory of Local and checks it resolves inside the system root (reported).
+bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local);
+
+/// A remote symbolic link Remote (in RemoteDir) with Target: mirrored at Local as a relative
+/// link when the target stays inside TreeRoot; refused and reported when it points out.
+void MirrorLinkTarget(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
+                      const std::string& Remote, const std::string& Local, const std::string& Target);
+
+/// A fresh pull of a whole tree as one `tar` stream of TreeRoot, without listing it first.
+/// Every entry is checked (safe relative name, Filter, links inside the tree) before anything
+/// is written. Answers true when the stream was complete (or the listener cancelled); false
+/// when it could not run, ended early or an iteration refused a directory: the caller then
+/// completes the pull by listing (files already copied are identical and skipped).
+bool TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter);
+
 /// Fetches planned files whole (temporary name, rename, modification time kept): a tar
 /// stream for many files when allowed, SFTP for the rest.
 void FetchPlanned(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile>& Plan);
@@ -64,6 +87,10 @@ void FetchPlanned(TDownloadContext& Context, const std::string& TreeRoot, std::v
 /// Tries one `tar` stream of the planned files (Done set on each file it delivered or
 /// failed for good); files it did not deliver are left for SFTP.
 void TarPull(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile*>& Files);
+
+/// Copies the tar entry being read into File's destination (whole: temporary name, then
+/// rename; the entry's time kept). False when the stream broke (File then stays pending).
+bool ExtractTarEntry(TDownloadContext& Context, TTarReader& Reader, const TTarEntry& Entry, TPlannedFile& File);
 
 /// Fetches one file over SFTP with many reads in flight; false after reporting.
 bool SftpFetchFile(TDownloadContext& Context, TPlannedFile& File);

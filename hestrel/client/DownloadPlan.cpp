@@ -40,7 +40,8 @@ struct TDirectoryToVisit {
   std::vector<std::string> Components;  ///< relative to the tree root
 };
 
-/// Asks Accept and, when a different local file exists, Overwrite. True: copy it.
+}  // namespace
+
 bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
                const TRemoteEntry& Entry) {
   std::int64_t LocalSize = 0, LocalTime = 0;
@@ -55,7 +56,6 @@ bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::
                                                 FromUnixSeconds(Entry.Modified), Entry.Size);
 }
 
-/// Makes the local directory of Local and checks it resolves inside the root.
 bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local) {
   const std::string Dir = std::filesystem::path(Local).parent_path().string();
   std::error_code Ec;
@@ -71,15 +71,11 @@ bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote,
   return true;
 }
 
-/// A remote symbolic link: mirrored as a relative local link when its target stays in the
-/// tree; refused and reported when it points out.
-void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
-                const std::string& Remote, const std::string& Local) {
-  std::unique_ptr<char, void (*)(void*)> Target(sftp_readlink(Context.Sftp, Remote.c_str()), free);
-  if (!Target) return Context.Fail(Remote, RemoteErrorText(Context.Sftp, Remote));
-  const std::string Resolved = ResolveLinkTarget(RemoteDir, Target.get());
+void MirrorLinkTarget(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
+                      const std::string& Remote, const std::string& Local, const std::string& Target) {
+  const std::string Resolved = ResolveLinkTarget(RemoteDir, Target);
   if (Resolved.empty() || !IsWithinTree(TreeRoot, Resolved))
-    return Context.Fail(Remote, Format(sErrUnsafeLink, {Remote, std::string(Target.get())}));
+    return Context.Fail(Remote, Format(sErrUnsafeLink, {Remote, Target}));
   const std::string LocalTarget = RelativePath(RemoteDir, Resolved);
   char Existing[4096];
   const ssize_t N = readlink(Local.c_str(), Existing, sizeof Existing);
@@ -94,6 +90,16 @@ void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const st
     unlink(Local.c_str());
   }
   if (symlink(LocalTarget.c_str(), Local.c_str()) != 0) Context.Fail(Remote, LocalErrorText(Local, errno));
+}
+
+namespace {
+
+/// A remote symbolic link met in a listing: its target read, then MirrorLinkTarget.
+void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
+                const std::string& Remote, const std::string& Local) {
+  std::unique_ptr<char, void (*)(void*)> Target(sftp_readlink(Context.Sftp, Remote.c_str()), free);
+  if (!Target) return Context.Fail(Remote, RemoteErrorText(Context.Sftp, Remote));
+  MirrorLinkTarget(Context, TreeRoot, RemoteDir, Remote, Local, Target.get());
 }
 
 void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDirectoryToVisit& Dir,

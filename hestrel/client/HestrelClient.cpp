@@ -4,6 +4,8 @@
 
 #include <fnmatch.h>
 
+#include <filesystem>
+
 #include "client/ClientErrors.h"
 #include "client/Connection.h"
 #include "client/DownloadContext.h"
@@ -18,6 +20,9 @@ namespace hestrel {
 namespace {
 
 constexpr int MaxConnectAttempts = 100;  // a listener that always says "retry" still ends
+
+/// True when the mask takes every name (then a fresh tree may come as one stream).
+bool MaskTakesAll(const std::string& Mask) { return Mask.empty() || Mask == "*" || Mask == "*.*"; }
 
 /// A ';'-separated list of file-name patterns; empty, "*" and "*.*" take every name.
 bool MatchesMask(const std::string& Mask, const std::string& Name) {
@@ -116,8 +121,15 @@ bool THestrelClient::RemoveRemoteFile(const std::string& RemoteFile, IFileListen
 
 namespace {
 
-/// One pull of a remote tree (or single file) into the system root.
-bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntryFilter& Filter, std::string& Error) {
+bool LocalTreeIsEmpty(const std::string& Local) {
+  std::error_code Ec;
+  return !std::filesystem::exists(Local, Ec) || std::filesystem::is_empty(Local, Ec);
+}
+
+/// One pull of a remote tree (or single file) into the system root. AllowStream: the filter
+/// descends everywhere, so a fresh tree may come as one tar stream.
+bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntryFilter& Filter, bool AllowStream,
+          std::string& Error) {
   std::string Root, Local;
   if (!NormaliseRemotePath(RemotePath, Root) || !LocalPathUnderRoot(Context.SysRoot, Root, Local)) {
     Error = Format(sErrUnsafeName, {RemotePath});
@@ -142,9 +154,17 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
                                                        FromUnixSeconds(Top.Modified), Top.Size)))
         Plan.clear();
     }
-  } else if (!PlanTree(Context, Root, Filter, Plan)) {
-    Error = Context.LastError;
-    return false;
+  } else {
+    // Nothing local to compare with: one tar stream of the whole tree, no listing. Whatever
+    // it could not bring (no tar, an error on the way) the listing pass below completes.
+    if (AllowStream && Context.Options.UseTarStream && LocalTreeIsEmpty(Local) && TarTreePull(Context, Root, Filter)) {
+      Error = Context.LastError;
+      return Context.Failures == 0 && !Context.Cancelled;
+    }
+    if (!Context.Stopped && !PlanTree(Context, Root, Filter, Plan)) {
+      Error = Context.LastError;
+      return false;
+    }
   }
   if (!Context.Stopped) FetchPlanned(Context, Root, Plan);
   Error = Context.LastError;
@@ -169,7 +189,7 @@ bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs
     return MatchesMask(Mask, C.back()) ? TFilterAnswer::Take : TFilterAnswer::Skip;
   };
   std::string Error;
-  const bool Ok = Pull(Context, RemotePath, Filter, Error);
+  const bool Ok = Pull(Context, RemotePath, Filter, IncludeSubDirs && MaskTakesAll(Mask), Error);
   FLastPull = {Context.FilesByTar, Context.FilesBySftp};
   return Ok || Fail(Error);
 }
@@ -190,7 +210,7 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
     return FrameworkEntry(FrameworkName, IncludeNonEssential, C, Type);
   };
   std::string Error;
-  const bool Ok = Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, Error);
+  const bool Ok = Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, IncludeNonEssential, Error);
   FLastPull = {Context.FilesByTar, Context.FilesBySftp};
   return Ok || Fail(Error);
 }

@@ -2,11 +2,13 @@
 #include "client/RemoteShell.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace hestrel {
 
 namespace {
 constexpr int PollMilliseconds = 200;  // wake to drain stderr while stdout is quiet
+constexpr std::size_t ReadAheadBytes = 256 * 1024;
 }
 
 TExecChannel::TExecChannel(ssh_session Session, const std::string& Command) : FSession(Session) {
@@ -28,8 +30,7 @@ void TExecChannel::DrainStderr() {
   }
 }
 
-long TExecChannel::ReadOut(void* Data, std::size_t Size) {
-  if (!FChannel) return -1;
+long TExecChannel::Fill(void* Data, std::size_t Size) {
   const uint32_t Max = static_cast<uint32_t>(std::min<std::size_t>(Size, 1u << 20));
   for (;;) {
     DrainStderr();
@@ -44,6 +45,22 @@ long TExecChannel::ReadOut(void* Data, std::size_t Size) {
       return 0;
     }
   }
+}
+
+long TExecChannel::ReadOut(void* Data, std::size_t Size) {
+  if (!FChannel) return -1;
+  if (FBegin == FEnd) {
+    if (Size >= ReadAheadBytes) return Fill(Data, Size);  // big reads go straight through
+    FBuffer.resize(ReadAheadBytes);
+    const long N = Fill(FBuffer.data(), FBuffer.size());
+    if (N <= 0) return N;
+    FBegin = 0;
+    FEnd = static_cast<std::size_t>(N);
+  }
+  const std::size_t Count = std::min(Size, FEnd - FBegin);
+  std::memcpy(Data, FBuffer.data() + FBegin, Count);
+  FBegin += Count;
+  return static_cast<long>(Count);
 }
 
 bool TExecChannel::ReadOutExactly(void* Data, std::size_t Size) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "client/Session.h"
 
@@ -36,7 +37,10 @@ class TExecChannel {
 
  private:
   void DrainStderr();
+  long Fill(void* Data, std::size_t Size);
   ssh_session FSession;
+  std::vector<char> FBuffer;  ///< stdout read ahead: one libssh call serves many small reads
+  std::size_t FBegin = 0, FEnd = 0;
   TSshChannelPtr FChannel;
   std::string FError;
   std::string FStderr;

@@ -18,8 +18,9 @@ namespace {
 
 constexpr std::size_t MaxCommandBytes = 60000;  // well inside every server's exec request limit
 
-/// Copies the current entry's data into File's destination; false when the stream broke.
-bool ExtractOne(TDownloadContext& Context, TTarReader& Reader, const TTarEntry& Entry, TPlannedFile& File) {
+}  // namespace
+
+bool ExtractTarEntry(TDownloadContext& Context, TTarReader& Reader, const TTarEntry& Entry, TPlannedFile& File) {
   if (Context.Listener) Context.Listener->PreCopy(File.Remote, File.Remote, File.Local, Entry.Size);
   TLocalTempFile Temp(File.Local);
   if (!Temp.IsOpen()) {
@@ -42,9 +43,14 @@ bool ExtractOne(TDownloadContext& Context, TTarReader& Reader, const TTarEntry& 
     if (!Context.Progress(File.Remote, File.Local, Done, Entry.Size)) return true;
   }
   File.Done = true;
-  if (!Temp.Commit(Entry.Modified)) Context.Fail(File.Remote, LocalErrorText(File.Local, Temp.GetErrno()));
+  if (!Temp.Commit(Entry.Modified))
+    Context.Fail(File.Remote, LocalErrorText(File.Local, Temp.GetErrno()));
+  else
+    ++Context.FilesByTar;
   return true;
 }
+
+namespace {
 
 /// One tar command for Files[Begin, End); answers how many files it delivered.
 std::size_t PullBatch(TDownloadContext& Context, const std::string& TreeRoot, std::vector<TPlannedFile*>& Files,
@@ -63,9 +69,8 @@ std::size_t PullBatch(TDownloadContext& Context, const std::string& TreeRoot, st
   while (!Context.Stopped && Reader.Next(Entry)) {
     const auto It = ByName.find(Entry.Name);
     if (It == ByName.end() || It->second->Done || (Entry.Type != '0' && Entry.Type != '7')) continue;
-    if (!ExtractOne(Context, Reader, Entry, *It->second)) break;
+    if (!ExtractTarEntry(Context, Reader, Entry, *It->second)) break;
     if (It->second->Done) ++Delivered;
-    if (It->second->Done) ++Context.FilesByTar;
   }
   if (Context.Stopped)
     Channel.Abort();  // cancel: drop the rest of the stream at once

@@ -87,7 +87,10 @@ bool TTarReader::Next(TTarEntry& Entry) {
   for (;;) {
     char Block[BlockSize];
     if (!ReadBlock(Block)) return false;  // stream ended without the end blocks: tar stopped
-    if (std::all_of(Block, Block + BlockSize, [](char C) { return C == 0; })) return false;  // end of archive
+    if (std::all_of(Block, Block + BlockSize, [](char C) { return C == 0; })) {  // end of archive
+      FComplete = true;
+      return false;
+    }
     if (std::memcmp(Block + 257, "ustar", 5) != 0) {
       FBroken = true;
       return false;

@@ -24,6 +24,8 @@ class TTarReader {
   /// The next entry; false at the end of the archive or on a malformed stream (IsBroken).
   bool Next(TTarEntry& Entry);
   bool IsBroken() const { return FBroken; }
+  /// True once the archive's end blocks were read (the stream was complete).
+  bool IsComplete() const { return FComplete; }
   /// Up to Size bytes of the current entry's data; 0 when it is all read, -1 on failure.
   long ReadData(char* Data, std::size_t Size);
   /// Skips what is left of the current entry's data.
@@ -37,6 +39,7 @@ class TTarReader {
   std::int64_t FLeft = 0;     ///< data bytes of the current entry not yet read
   std::int64_t FPadding = 0;  ///< padding after them
   bool FBroken = false;
+  bool FComplete = false;
 };
 
 }  // namespace hestrel
