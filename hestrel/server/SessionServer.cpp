@@ -55,7 +55,11 @@ bool TSessionServer::Prepare() {
   ssh_set_server_callbacks(FSession.get(), &FCallbacks);
   ssh_set_auth_methods(FSession.get(), SSH_AUTH_METHOD_PASSWORD);
 
-  if (ssh_handle_key_exchange(FSession.get()) != SSH_OK) {
+  // Nothing to clean up yet: a stop request may simply end the process meanwhile.
+  BlockStopSignals(false);
+  int Rc = ssh_handle_key_exchange(FSession.get());
+  BlockStopSignals(true);
+  if (Rc != SSH_OK) {
     Log("key exchange with " + FPeer + " failed: " + ssh_get_error(FSession.get()));
     return false;
   }

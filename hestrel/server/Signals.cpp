@@ -37,6 +37,15 @@ int TSignalFd::Next() {
   }
 }
 
+void BlockStopSignals(bool Blocked) {
+  sigset_t Set;
+  sigemptyset(&Set);
+  sigaddset(&Set, SIGTERM);
+  sigaddset(&Set, SIGINT);
+  sigaddset(&Set, SIGHUP);
+  ::sigprocmask(Blocked ? SIG_BLOCK : SIG_UNBLOCK, &Set, nullptr);
+}
+
 void IgnoreSigPipe() { ::signal(SIGPIPE, SIG_IGN); }
 
 void ResetSignalsForExec() {

@@ -21,6 +21,10 @@ class TSignalFd {
   TUniqueFd FFd;
 };
 
+/// Blocks (true) or unblocks SIGTERM, SIGINT and SIGHUP. Unblocked, they act by default
+/// (end the process): used around the key exchange, which cannot watch the signalfd.
+void BlockStopSignals(bool Blocked);
+
 /// SIGPIPE is ignored process-wide: a closed pipe or socket is seen as EPIPE.
 void IgnoreSigPipe();
 

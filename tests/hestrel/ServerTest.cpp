@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 #include <libssh/sftp.h>
 #include <signal.h>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -250,6 +254,20 @@ TEST_F(HestrelServer, SigtermStopsWithStatusZeroWhileAClientIsConnected) {
   EXPECT_TRUE(ProcessGone(Pid, 2000));
   EXPECT_NE(std::string::npos, Server.Log().find("received SIGTERM: stopping"));
   ssh_channel_free(Channel);
+}
+
+TEST_F(HestrelServer, SigtermDoesNotWaitForAConnectionStuckBeforeKeyExchange) {
+  int Socket = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in Address{};
+  Address.sin_family = AF_INET;
+  Address.sin_port = htons(static_cast<uint16_t>(Server.Port()));
+  Address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(0, ::connect(Socket, reinterpret_cast<sockaddr*>(&Address), sizeof Address));
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));  // accepted and forked
+  auto Begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(0, Server.Stop());
+  EXPECT_LT(std::chrono::steady_clock::now() - Begin, std::chrono::seconds(2));
+  ::close(Socket);
 }
 
 TEST(HestrelServerStart, ConnectionWithoutLoginIsDroppedAfterTheGraceTime) {
