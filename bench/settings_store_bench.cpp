@@ -130,6 +130,20 @@ void BM_StoreReadAllValues(benchmark::State& State) {
 }
 BENCHMARK(BM_StoreReadAllValues)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
+/// The writes SaveOptions makes, on the store alone (in memory): erase, then every value.
+void BM_StoreWriteAllValues(benchmark::State& State) {
+  const int Count = static_cast<int>(State.range(0));
+  TIniFilePtr Ini = TIniFile::Load(StoreFile(Count)).File;
+  for (auto _ : State) {
+    Ini->EraseSection("RemoteProfiles");
+    for (int I = 0; I < Count; ++I) WriteProfileValues(*Ini, I);
+    for (int P = 0; P < 5 && P < Count; ++P)
+      Ini->WriteString("RemoteProfiles", std::string("Default_") + Platforms[P], ProfileName(P));
+  }
+  State.SetComplexityN(Count);
+}
+BENCHMARK(BM_StoreWriteAllValues)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+
 #ifdef ZEPH_BENCH_HAVE_AGENT
 
 /// Answers every message box with its first button (no box is expected).
@@ -212,19 +226,6 @@ void BM_ManagerSave(benchmark::State& State) {
   State.SetComplexityN(Count);
 }
 BENCHMARK(BM_ManagerSave)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
-
-/// SaveOptions into the store alone (the profile files are written too: SaveOptions
-/// always does), without UpdateFile: the in-memory part of a save.
-void BM_ManagerSaveOptionsOnly(benchmark::State& State) {
-  const int Count = static_cast<int>(State.range(0));
-  const std::string FileName = ManagerFiles(Count, true);
-  InstallHost(std::filesystem::path(FileName).parent_path() / "appdata");
-  TIniFilePtr Ini = TIniFile::Load(FileName).File;
-  TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(Ini);
-  for (auto _ : State) Manager->SaveOptions(*Ini);
-  State.SetComplexityN(Count);
-}
-BENCHMARK(BM_ManagerSaveOptionsOnly)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
 TRemoteProfileManagerPtr LoadedManager10000() {
   const std::string FileName = ManagerFiles(10000, true);
