@@ -1,7 +1,8 @@
 // libFuzzer target for the Part 2.2 profile-file reader (THestrelClientProfile,
 // docs/profile-file-format.md). Besides "never crashes" it checks the reader's promises:
 // a refused text leaves the previous values untouched and names the file; an accepted
-// text writes back to a text that reads as the same values, and writing is a fixed point.
+// text writes back to a text that reads as the same values, and writing is a fixed point;
+// and any bytes survive quoting.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -9,9 +10,24 @@
 #include <string_view>
 
 #include "client/ClientProfile.h"
+#include "common/QuotedText.h"
+
+namespace {
+
+/// Any bytes, quoted, read back as the same bytes, and the quoted form is UTF-8 text.
+void CheckQuoting(std::string_view Text) {
+  const std::string Quoted = hestrel::QuoteText(Text);
+  std::size_t Pos = 0, Bad = 0;
+  std::string Back, Error;
+  if (!hestrel::UnquoteText(Quoted, Pos, Back, Error) || Pos != Quoted.size() || Back != Text) std::abort();
+  if (!hestrel::IsValidUtf8(Quoted, Bad)) std::abort();
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size) {
   const std::string_view Text(reinterpret_cast<const char*>(Data), Size);
+  CheckQuoting(Text);
   THestrelClientProfile Profile;
   Profile.SetProfileName("before");
   Profile.SetPort(7);
