@@ -8,6 +8,7 @@
 #include "EnvGuard.h"
 #include "TempDir.h"
 #include "client/ClientFactory.h"
+#include "core/RemoteProfileManager.h"
 
 namespace {
 /// A fresh HOME and XDG directories; the previous host is put back afterwards.
@@ -98,4 +99,34 @@ TEST_F(LinuxHostTest, DamagedSettingsFileIsAnsweredAndKept) {
   EXPECT_EQ(HostServices().AppIniFile, Host.Settings);  // an empty store, installed all the same
   EXPECT_FALSE(Host.Settings->UpdateFile().Ok());
   EXPECT_EQ(ReadFileText(File), "[RemoteProfiles]\nbroken line\n");
+}
+
+TEST_F(LinuxHostTest, ProfilesSurviveASaveAndANewHost) {
+  const std::string SettingsFile = H("/cfg/zephprof/settings.ini");
+  {
+    TLinuxHost Host = InstallLinuxHost();
+    TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(Host.Settings);
+    Manager->AddProfile("Mac Mini", "iOSDevice", "mac.local", 64211, {"secret", true, false}, "/sdk/mac",
+                        {{"/usr/include", "*.h", true, ptIncludePath}}, false);
+    Manager->AddProfile("Box", "Linux64", "box", 22, {"/keys/box.passfile", false, false}, "", {}, false);
+    Manager->SaveOptions(*Host.Settings);
+    ASSERT_TRUE(Host.Settings->UpdateFile().Ok());
+  }
+  EXPECT_TRUE(std::filesystem::exists(TRemoteProfileManager::GetProfileFileName("Mac Mini")));
+  const std::string Text = ReadFileText(SettingsFile);
+  EXPECT_NE(Text.find("[RemoteProfiles\\Mac Mini]\nPlatform=OSX32\nHostName=mac.local\n"), std::string::npos) << Text;
+  EXPECT_EQ(Text.find("secret"), std::string::npos);  // only the enciphered form is stored
+
+  SetHostServices(Previous);
+  TLinuxHost Again = InstallLinuxHost();
+  TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(Again.Settings);
+  IOTARemoteProfilePtr Mac = Manager->GetProfile("mac mini");
+  ASSERT_TRUE(Mac);
+  EXPECT_EQ(Mac->GetPlatformName(), "OSX32");
+  EXPECT_EQ(Mac->GetHostName(), "mac.local");
+  EXPECT_EQ(Manager->GetDefaultForPlatform("OSX32"), Mac);
+  IOTARemoteProfilePtr Box = Manager->GetProfile("Box");
+  ASSERT_TRUE(Box);
+  EXPECT_EQ(Box->GetPortNumber(), 22);
+  EXPECT_EQ(Box->GetCredential().PasswordOrFile, "/keys/box.passfile");
 }
