@@ -140,20 +140,8 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
   if (!StatRemote(Context.Sftp, Root, true, Top, Error)) return false;
   std::vector<TPlannedFile> Plan;
   if (Top.Type == TRemoteType::File) {  // a single file named directly
-    const auto Slash = Root.find_last_of('/');
-    Top.Name = Slash == std::string::npos ? Root : Root.substr(Slash + 1);
-    std::int64_t Size = 0, Time = 0;
-    const bool Same = LocalFileInfo(Local, Size, Time) && Size == Top.Size && Time == Top.Modified;
-    if (!Same) Plan.push_back({Root, Top.Name, Local, Top.Size, Top.Modified, false});
-    if (!Same && Context.Listener) {
-      std::int32_t Flags = 0;
-      const auto Answer = Context.Listener->Accept(Root, Local, false, Flags);
-      if (Answer == 3) Context.Cancel();
-      if (Answer != 1 || (LocalFileInfo(Local, Size, Time) &&
-                          !Context.Listener->Overwrite(Local, FromUnixSeconds(Time), Size,
-                                                       FromUnixSeconds(Top.Modified), Top.Size)))
-        Plan.clear();
-    }
+    if (AskToCopy(Context, Root, Local, Top))
+      Plan.push_back({Root, Root.substr(Root.find_last_of('/') + 1), Local, Top.Size, Top.Modified, false});
   } else {
     // Nothing local to compare with: one tar stream of the whole tree, no listing. Whatever
     // it could not bring (no tar, an error on the way) the listing pass below completes.
@@ -173,10 +161,7 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
 
 }  // namespace
 
-bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
-                              IFileIteration* Iteration, IFileListener* Listener) {
-  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
-  if (!RequireSftp()) return false;
+TDownloadContext THestrelClient::MakeContext(IFileIteration* Iteration, IFileListener* Listener) const {
   TDownloadContext Context;
   Context.Ssh = FSession.get();
   Context.Sftp = FSftp.get();
@@ -184,6 +169,14 @@ bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs
   Context.Listener = Listener;
   Context.Iteration = Iteration;
   Context.Options = FOptions;
+  return Context;
+}
+
+bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
+                              IFileIteration* Iteration, IFileListener* Listener) {
+  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  if (!RequireSftp()) return false;
+  TDownloadContext Context = MakeContext(Iteration, Listener);
   auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
     if (Type == TRemoteType::Directory) return IncludeSubDirs ? TFilterAnswer::Descend : TFilterAnswer::Skip;
     return MatchesMask(Mask, C.back()) ? TFilterAnswer::Take : TFilterAnswer::Skip;
@@ -199,13 +192,7 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
   if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
   if (!IsSafeEntryName(FrameworkName)) return Fail(Format(sErrUnsafeName, {FrameworkName}));
   if (!RequireSftp()) return false;
-  TDownloadContext Context;
-  Context.Ssh = FSession.get();
-  Context.Sftp = FSftp.get();
-  Context.SysRoot = FSysRoot;
-  Context.Listener = Listener;
-  Context.Iteration = Iteration;
-  Context.Options = FOptions;
+  TDownloadContext Context = MakeContext(Iteration, Listener);
   auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
     return FrameworkEntry(FrameworkName, IncludeNonEssential, C, Type);
   };

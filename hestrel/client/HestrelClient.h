@@ -11,6 +11,8 @@
 
 namespace hestrel {
 
+struct TDownloadContext;
+
 class THestrelClient : public TRAClient {
  public:
   /// AppDataDir holds the password key file and the known-hosts file.
@@ -66,6 +68,7 @@ class THestrelClient : public TRAClient {
   bool Fail(const std::string& Error);
   bool RequireSession();
   bool RequireSftp();
+  TDownloadContext MakeContext(IFileIteration* Iteration, IFileListener* Listener) const;
 
   std::string FName;
   std::string FAppDataDir;

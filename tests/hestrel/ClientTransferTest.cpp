@@ -287,3 +287,15 @@ TEST_P(HestrelClientTransfer, LongAndOddNamesArriveIntact) {
   for (const auto& Name : Names) EXPECT_EQ(Slurp(L("odd/" + Name)), "content of " + Name) << Name;
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 5 : 0);
 }
+
+TEST_P(HestrelClientTransfer, RemotePathNamingAFilePullsThatFile) {
+  MakeFile(R("lib/libz.a"), "archive", 1500000000);
+  ASSERT_TRUE(Client->GetFiles(R("lib/libz.a"), false, "*.h", nullptr, &Listener)) << Client->GetLastError();
+  EXPECT_EQ(Slurp(L("lib/libz.a")), "archive");
+  EXPECT_EQ(MTime(L("lib/libz.a")), 1500000000);
+  EXPECT_EQ(Listener.Accepted, std::vector<std::string>{R("lib/libz.a")});
+  TRecordingListener Again;
+  ASSERT_TRUE(Client->GetFiles(R("lib/libz.a"), false, "", nullptr, &Again));
+  EXPECT_TRUE(Again.Accepted.empty());
+  EXPECT_EQ(Again.BytesCopiedCalls, 0);
+}
