@@ -76,6 +76,12 @@ TExecResult TServerTestClient::Exec(const std::string& Command, const std::strin
   TExecResult Result;
   ssh_channel Channel = ssh_channel_new(FSession);
   if (Channel == nullptr) return Result;
+  // Before the exec request: a quick command's exit-signal may arrive with its reply.
+  ssh_channel_callbacks_struct Callbacks{};
+  Callbacks.userdata = &Result;
+  Callbacks.channel_exit_signal_function = &OnExitSignal;
+  ssh_callbacks_init(&Callbacks);
+  ssh_add_channel_callbacks(Channel, &Callbacks);
   bool Ok = ssh_channel_open_session(Channel) == SSH_OK;
   for (const auto& [Name, Value] : Env) Ok = Ok && ssh_channel_request_env(Channel, Name.c_str(), Value.c_str()) == SSH_OK;
   Ok = Ok && ssh_channel_request_exec(Channel, Command.c_str()) == SSH_OK;
@@ -89,17 +95,13 @@ TExecResult TServerTestClient::Exec(const std::string& Command, const std::strin
     ssh_channel_send_eof(Channel);
     ReadToEnd(Channel, Result);
   }
+  ssh_remove_channel_callbacks(Channel, &Callbacks);
   ssh_channel_close(Channel);
   ssh_channel_free(Channel);
   return Result;
 }
 
 void TServerTestClient::ReadToEnd(ssh_channel Channel, TExecResult& Result) {
-  ssh_channel_callbacks_struct Callbacks{};
-  Callbacks.userdata = &Result;
-  Callbacks.channel_exit_signal_function = &OnExitSignal;
-  ssh_callbacks_init(&Callbacks);
-  ssh_add_channel_callbacks(Channel, &Callbacks);
   char Buffer[65536];
   auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!ssh_channel_is_eof(Channel) && std::chrono::steady_clock::now() < Deadline) {
@@ -111,7 +113,6 @@ void TServerTestClient::ReadToEnd(ssh_channel Channel, TExecResult& Result) {
     if (Out <= 0 && Err <= 0) ssh_channel_poll_timeout(Channel, 50, 0);
   }
   Result.ExitStatus = ssh_channel_get_exit_status(Channel);
-  ssh_remove_channel_callbacks(Channel, &Callbacks);
 }
 
 std::string TServerTestClient::ReadLine(ssh_channel Channel, int TimeoutMs) {

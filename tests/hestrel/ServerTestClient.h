@@ -39,7 +39,8 @@ class TServerTestClient {
   ssh_channel StartExec(const std::string& Command);
   /// Reads one line of channel data (without the newline) within TimeoutMs.
   static std::string ReadLine(ssh_channel Channel, int TimeoutMs);
-  /// Reads channel data and extended data until EOF; exit status and signal as Exec.
+  /// Reads channel data and extended data until EOF, then the exit status (not the exit
+  /// signal: Exec registers for that before its request).
   static void ReadToEnd(ssh_channel Channel, TExecResult& Result);
 
   ssh_session Session() const { return FSession; }
