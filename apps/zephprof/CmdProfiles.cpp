@@ -217,9 +217,7 @@ void Then(CLI::App* Command, TAction& Action, TAction Run) {
   Command->callback([&Action, Run = std::move(Run)] { Action = Run; });
 }
 
-}  // namespace
-
-void AddProfileCommands(CLI::App& App, TAction& Action) {
+void AddReadCommands(CLI::App& App, TAction& Action) {
   auto Filter = std::make_shared<std::string>();
   auto* ListCmd = App.add_subcommand("list", "List the profiles by platform; '*' marks a platform's default");
   ListCmd->add_option("PLATFORM", *Filter, "only this platform (iOS targets show their Mac's, OSX32)");
@@ -232,6 +230,9 @@ void AddProfileCommands(CLI::App& App, TAction& Action) {
   ShowCmd->footer("Example:\n  zephprof show \"Build Mac\"");
   Then(ShowCmd, Action, [Name](TAppContext& C) { return Show(C, *Name); });
 
+}
+
+void AddCreateCommands(CLI::App& App, TAction& Action) {
   auto AddArgs = std::make_shared<TAddArgs>();
   auto* AddCmd = App.add_subcommand("add", "Create a profile as the new-profile wizard does");
   AddCmd->add_option("NAME", AddArgs->Name, "profile name: trimmed, must be a valid file name, unique")->required();
@@ -262,6 +263,10 @@ void AddProfileCommands(CLI::App& App, TAction& Action) {
   RenameCmd->footer("Example:\n  zephprof rename \"Build Mac\" Mac");
   Then(RenameCmd, Action, [Pair](TAppContext& C) { return Rename(C, Pair->first, Pair->second); });
 
+}
+
+void AddChangeCommands(CLI::App& App, TAction& Action) {
+  auto Name = std::make_shared<std::string>();
   auto* RemoveCmd = App.add_subcommand("remove", "Delete a profile (asks; --yes answers) and its profile file");
   RemoveCmd->add_option("NAME", *Name, "profile to delete")->required();
   RemoveCmd->footer("Example:\n  zephprof --yes remove \"Build Mac\"");
@@ -285,4 +290,12 @@ void AddProfileCommands(CLI::App& App, TAction& Action) {
   DefaultCmd->add_option("NAME", *Name, "profile")->required();
   DefaultCmd->footer("Win32 and Win64 profiles cannot be made default.\nExample:\n  zephprof default \"Build Mac\"");
   Then(DefaultCmd, Action, [Name](TAppContext& C) { return Default(C, *Name); });
+}
+
+}  // namespace
+
+void AddProfileCommands(CLI::App& App, TAction& Action) {
+  AddReadCommands(App, Action);
+  AddCreateCommands(App, Action);
+  AddChangeCommands(App, Action);
 }

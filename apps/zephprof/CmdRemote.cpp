@@ -192,7 +192,8 @@ int Ls(TAppContext& C, const std::string& Name, const std::string& Path, int Dep
                           .Add("size", static_cast<std::int64_t>(File.Size))
                           .Text());
     } else {
-      C.Out() << File.Name << (File.IsDirectory ? "/" : "") << (File.IsSymLink ? " ->" : "")
+      // As ls -F marks them: "/" a directory, "@" a symbolic link; files with their size.
+      C.Out() << File.Name << (File.IsDirectory ? "/" : "") << (File.IsSymLink ? "@" : "")
               << (File.IsDirectory ? "" : "  " + std::to_string(File.Size)) << '\n';
     }
   }
@@ -211,9 +212,7 @@ int Symlink(TAppContext& C, const std::string& Name, const std::string& Target, 
   return ExitOk;
 }
 
-}  // namespace
-
-void AddRemoteCommands(CLI::App& App, TAction& Action) {
+void AddTransferCommands(CLI::App& App, TAction& Action) {
   auto Name = std::make_shared<std::string>();
   auto* TestCmd = App.add_subcommand("test", "Test the connection to a profile's Hestrel server");
   TestCmd->add_option("NAME", *Name, "profile")->required();
@@ -253,6 +252,10 @@ void AddRemoteCommands(CLI::App& App, TAction& Action) {
   RmCmd->footer("Example:\n  zephprof rm \"Build Mac\" /tmp/deploy/app.bin");
   RmCmd->callback([&Action, Name, Files] { Action = [Name, Files](TAppContext& C) { return Rm(C, *Name, *Files); }; });
 
+}
+
+void AddQueryCommands(CLI::App& App, TAction& Action) {
+  auto Name = std::make_shared<std::string>();
   auto* EnvCmd = App.add_subcommand("env", "The remote machine's environment variables");
   EnvCmd->add_option("NAME", *Name, "profile")->required();
   EnvCmd->footer("Example:\n  zephprof env \"Build Mac\" --json");
@@ -292,4 +295,11 @@ void AddRemoteCommands(CLI::App& App, TAction& Action) {
   LinkCmd->callback([&Action, Name, Link] {
     Action = [Name, Link](TAppContext& C) { return Symlink(C, *Name, Link->first, Link->second); };
   });
+}
+
+}  // namespace
+
+void AddRemoteCommands(CLI::App& App, TAction& Action) {
+  AddTransferCommands(App, Action);
+  AddQueryCommands(App, Action);
 }
