@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <filesystem>
+#include <map>
 #include <set>
 
 #include "client/ClientErrors.h"
@@ -114,21 +115,23 @@ namespace {
 /// Creates each destination directory once and checks it resolves inside the root;
 /// files whose directory fails are reported and marked done.
 void PrepareDirectories(TDownloadContext& Context, std::vector<TPlannedFile>& Plan) {
-  std::set<std::string> Ready, Refused;
+  std::set<std::string> Ready;
+  std::map<std::string, std::string> Refused;  // directory -> why
   for (auto& File : Plan) {
     const std::string Dir = std::filesystem::path(File.Local).parent_path().string();
     if (Ready.count(Dir)) continue;
-    if (!Refused.count(Dir)) {
+    auto It = Refused.find(Dir);
+    if (It == Refused.end()) {
       std::error_code Ec;
       std::filesystem::create_directories(Dir, Ec);
       if (!Ec && LocalDirectoryInsideRoot(Dir, Context.SysRoot)) {
         Ready.insert(Dir);
         continue;
       }
-      Refused.insert(Dir);
+      It = Refused.emplace(Dir, Ec ? LocalErrorText(Dir, Ec.value()) : "").first;
     }
     File.Done = true;
-    Context.Fail(File.Remote, Format(sErrUnsafeName, {File.Remote}));
+    Context.Fail(File.Remote, It->second.empty() ? Format(sErrUnsafeName, {File.Remote}) : It->second);
     if (Context.Stopped) return;
   }
 }

@@ -104,3 +104,22 @@ TEST_F(HestrelClientPut, RemoveRemoteFileDeletesAndTellsTheListener) {
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteFileMissing, {Remote / "gone.txt"}));
   EXPECT_EQ(Listener.DeletedFiles.size(), 1u);
 }
+
+TEST_F(HestrelClientPut, RemotePermissionDeniedIsReported) {
+  // /sys refuses new files even to root.
+  MakeFile(Local / "small.bin", "x");
+  MakeFile(Local / "big.bin", std::string(2 << 20, 'x'));
+  EXPECT_FALSE(Client->PutFile("/sys", Local / "small.bin", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemotePermission, {"/sys/small.bin"}));
+  EXPECT_FALSE(Client->PutFile("/sys", Local / "big.bin", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemotePermission, {"/sys/big.bin"}));
+}
+
+TEST_F(HestrelClientPut, LocalPermissionDeniedIsReportedOnPull) {
+  MakeFile(Remote / "inc/a.h", "a");
+  Client->SetSysRoot("/sys/hestrel-test-root");
+  TRecordingListener Pull;
+  EXPECT_FALSE(Client->GetFiles(Remote / "inc", false, "*.h", nullptr, &Pull));
+  EXPECT_EQ(Client->GetLastError().rfind("Permission denied: '/sys/hestrel-test-root", 0), 0u) << Client->GetLastError();
+  EXPECT_EQ(Pull.Errors, std::vector<std::string>{Remote / "inc/a.h"});
+}
