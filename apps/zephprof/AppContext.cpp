@@ -31,8 +31,9 @@ bool TAppContext::Open() {
   const bool Interactive = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
   FProgress = std::make_shared<TTerminalProgress>(FErr, isatty(STDERR_FILENO) == 1, TerminalWidth());
   std::string LoadError;
-  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir,
-                     std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr), FProgress, LoadError);
+  auto Messages = std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr);
+  Messages->SetBeforeShow([Progress = FProgress] { Progress->ClearLine(); });
+  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, Messages, FProgress, LoadError);
   if (!FIni) {
     Error(LoadError);
     return false;

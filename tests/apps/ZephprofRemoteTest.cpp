@@ -166,7 +166,11 @@ TEST_F(ZephprofRemote, UpdateCachePullsThePathItemsAndAsksBeforeReplacing) {
 
   std::ofstream(Cached / "a.h") << "changed\n";
   const TProcessResult Kept = Z({"update-cache", "Loop", "--item", Item});
-  EXPECT_TRUE(Contains(Kept.Err, "already exists.")) << Kept.Err;
+  // Part 3.2's long question: sizes known (8 bytes here, 2 coming), both time stamps shown.
+  EXPECT_TRUE(Contains(Kept.Err, "Confirm: File '" + (Cached / "a.h").string() +
+                                     "' already exists.\nReplace 8 byte(s) file modified on "))
+      << Kept.Err;
+  EXPECT_TRUE(Contains(Kept.Err, "\nwith 2 byte(s) file modified on ")) << Kept.Err;
   EXPECT_TRUE(Contains(Kept.Err, "No terminal to ask; answered No"));
   EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "changed\n");
   const TProcessResult Replaced = Z({"--yes", "update-cache", "Loop", "--item", Item});

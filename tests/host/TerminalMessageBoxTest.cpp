@@ -81,3 +81,22 @@ TEST(TerminalMessageBox, EndOfInputTakesTheSafeChoice) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(TerminalMessageBox, BeforeShowRunsBeforeEveryMessage) {
+  std::istringstream In;
+  std::ostringstream Out, Err;
+  TTerminalMessageBox Box(TAnswerMode::AlwaysNo, false, In, Out, Err);
+  int Calls = 0;
+  Box.SetBeforeShow([&] {
+    ++Calls;
+    Err << "<clear>";
+  });
+  Box.MessageDlg("Sure?", TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo});
+  Box.MessageDlg("Oops", TMsgDlgType::mtError, {TMsgDlgBtn::mbOK});
+  EXPECT_EQ(Calls, 2);
+  EXPECT_EQ(Err.str(), "<clear>Confirm: Sure?\n[Yes (y) / No (n)]? No (--no)\n<clear>Error: Oops\n");
+}
+
+}  // namespace

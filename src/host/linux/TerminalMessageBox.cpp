@@ -99,6 +99,7 @@ TMsgDlgBtn TTerminalMessageBox::AskUser(const TMsgDlgButtons& Buttons) {
 TMsgDlgBtn TTerminalMessageBox::MessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
   // The kind as a prefix ("Error: ..."), the system's text after it unchanged.
   const std::string Shown = std::string(MsgDlgTypeName(Kind)) + ": " + TerminalText(Text);
+  if (FBeforeShow) FBeforeShow();
   const bool Question = Buttons.size() > 1;
   // A plain notice: information on the output, errors on the error stream, nothing to ask.
   if (!Question) {

@@ -4,6 +4,7 @@
 // Cancel, or OK for a plain notice) and said on the error stream.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -21,6 +22,8 @@ class TTerminalMessageBox : public IOTAMessageServices {
   /// when Interactive (In and Err are a terminal).
   TTerminalMessageBox(TAnswerMode Mode, bool Interactive, std::istream& In, std::ostream& Out, std::ostream& Err);
   TMsgDlgBtn MessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) override;
+  /// Called before each message is shown (a progress display clears its line there).
+  void SetBeforeShow(std::function<void()> BeforeShow) { FBeforeShow = std::move(BeforeShow); }
 
   /// The safe choice among Buttons: No, else Cancel, else No to All, else OK, else the last.
   static TMsgDlgBtn SafeChoice(const TMsgDlgButtons& Buttons);
@@ -39,4 +42,5 @@ class TTerminalMessageBox : public IOTAMessageServices {
   std::istream& FIn;
   std::ostream& FOut;
   std::ostream& FErr;
+  std::function<void()> FBeforeShow;
 };

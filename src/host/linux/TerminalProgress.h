@@ -19,6 +19,9 @@ class TTerminalProgress : public IProgressDisplay {
                       const std::string& Detail1, const std::string& Detail2, std::int32_t Position,
                       bool CloseWhenDone) override;
 
+  /// Clears the drawn bar line so that other text (a question) starts on a clean line; the
+  /// next notice draws it again.
+  void ClearLine();
   /// Lists the errors not listed yet (an operation cancelled sends no finished notice).
   void Finish();
   const std::vector<std::string>& Errors() const { return FErrors; }
@@ -35,7 +38,6 @@ class TTerminalProgress : public IProgressDisplay {
   void Step(std::int32_t Index, std::int32_t Count, const std::string& Text, const std::string& Detail1,
             const std::string& Detail2, std::int32_t Position);
   void Draw();
-  void ClearLine();
   void ListErrors();
 
   std::ostream& FOut;
