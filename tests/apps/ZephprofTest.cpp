@@ -211,6 +211,11 @@ TEST_F(Zephprof, SetChangesFields) {
   EXPECT_EQ(Z({"set", "Mac", "--passfile", PassFile.string()}).Status, 0);
   EXPECT_TRUE(Contains(Z({"show", "Mac"}).Out, "Password file: " + PassFile.string() + "\n"));
   EXPECT_TRUE(Contains(SettingsText(), "PassFile=" + PassFile.string()));
+  AddProfile("Mac2", "OSX32");
+  EXPECT_EQ(Z({"set", "Mac", "--platform", "Linux64"}).Status, 0);
+  EXPECT_EQ(Z({"list"}).Out,
+            "OSX32 (macOS 32-bit)\n  * Mac2  127.0.0.1:64211\nLinux64 (Linux 64-bit)\n  * Mac  mac.local:7001\n");
+  EXPECT_EQ(Z({"set", "Mac", "--platform", "iOSDevice"}).Status, 2);  // hidden in the platform combo
 }
 
 TEST_F(Zephprof, DefaultMakesAProfileFirst) {
