@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -140,6 +141,64 @@ void TBackgroundProcess::Stop() {
     close(FOut);
     FOut = -1;
   }
+}
+
+TPtyProcess::~TPtyProcess() {
+  if (FPid > 0) {
+    kill(FPid, SIGTERM);
+    waitpid(FPid, nullptr, 0);
+  }
+  if (FMaster >= 0) close(FMaster);
+}
+
+bool TPtyProcess::Start(const std::string& Program, const std::vector<std::string>& Args,
+                        const std::map<std::string, std::string>& Environment) {
+  std::vector<std::string> Storage;
+  std::vector<char*> Arguments = Argv(Program, Args, Storage);
+  FPid = forkpty(&FMaster, nullptr, nullptr, nullptr);
+  if (FPid == 0) {
+    for (const auto& [Name, Value] : Environment) {
+      if (Value.empty()) unsetenv(Name.c_str());
+      else setenv(Name.c_str(), Value.c_str(), 1);
+    }
+    execv(Program.c_str(), Arguments.data());
+    _exit(127);
+  }
+  return FPid > 0;
+}
+
+bool TPtyProcess::ReadSome(int TimeoutMs) {
+  pollfd Fd{FMaster, POLLIN, 0};
+  if (poll(&Fd, 1, TimeoutMs) <= 0) return false;
+  char Buffer[1024];
+  const ssize_t N = read(FMaster, Buffer, sizeof Buffer);  // EIO once the program has ended
+  if (N <= 0) return false;
+  FOutput.append(Buffer, static_cast<std::size_t>(N));
+  return true;
+}
+
+bool TPtyProcess::WaitFor(const std::string& Text, int TimeoutMs) {
+  const auto Deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMs);
+  for (;;) {
+    const std::size_t At = FOutput.find(Text, FSearchFrom);
+    if (At != std::string::npos) {
+      FSearchFrom = At + Text.size();
+      return true;
+    }
+    const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(Deadline - std::chrono::steady_clock::now());
+    if (Left.count() <= 0 || !ReadSome(static_cast<int>(Left.count()))) return false;
+  }
+}
+
+void TPtyProcess::Type(const std::string& Text) { (void)!write(FMaster, Text.data(), Text.size()); }
+
+int TPtyProcess::Wait() {
+  while (ReadSome(10000)) {
+  }
+  int WaitStatus = 0;
+  waitpid(FPid, &WaitStatus, 0);
+  FPid = -1;
+  return StatusOf(WaitStatus);
 }
 
 std::string ZephprofPath() {

@@ -39,6 +39,33 @@ class TBackgroundProcess {
   std::string FBuffer;
 };
 
+/// A program on a pseudo-terminal: what a user at a terminal types and sees.
+class TPtyProcess {
+ public:
+  TPtyProcess() = default;
+  TPtyProcess(const TPtyProcess&) = delete;
+  TPtyProcess& operator=(const TPtyProcess&) = delete;
+  ~TPtyProcess();
+  bool Start(const std::string& Program, const std::vector<std::string>& Args,
+             const std::map<std::string, std::string>& Environment);
+  /// Reads until Text has appeared in the output after the last match (or TimeoutMs
+  /// passes); answers whether it did.
+  bool WaitFor(const std::string& Text, int TimeoutMs = 10000);
+  /// Types Text.
+  void Type(const std::string& Text);
+  /// Reads to the end and answers the exit status.
+  int Wait();
+  /// Everything shown so far.
+  const std::string& Output() const { return FOutput; }
+
+ private:
+  bool ReadSome(int TimeoutMs);
+  int FPid = -1;
+  int FMaster = -1;
+  std::string FOutput;
+  std::size_t FSearchFrom = 0;
+};
+
 /// The built zephprof ($ZEPH_BUILD_DIR/apps/zephprof/zephprof).
 std::string ZephprofPath();
 /// The built hestrel server, or "" when it was not built.

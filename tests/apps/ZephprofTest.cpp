@@ -352,6 +352,37 @@ TEST_F(Zephprof, ListAsJson) {
             "\"hostName\":\"127.0.0.1\",\"portNumber\":64211}]}]\n");
 }
 
+TEST_F(Zephprof, OnATerminalThePasswordIsAskedWithoutEcho) {
+  TPtyProcess User;
+  ASSERT_TRUE(User.Start(ZephprofPath(),
+                         {"--settings", Settings.string(), "--data-dir", Data.string(), "add", "Tty", "--platform",
+                          "Linux64", "--host", "h"},
+                         {{"HOME", (Dir / "home").string()}}));
+  ASSERT_TRUE(User.WaitFor("Password: ")) << User.Output();
+  User.Type("typed-secret-42\n");
+  EXPECT_EQ(User.Wait(), 0) << User.Output();
+  EXPECT_FALSE(Contains(User.Output(), "typed-secret-42")) << User.Output();
+  EXPECT_TRUE(Contains(User.Output(), "Added profile 'Tty'"));
+  EXPECT_FALSE(Contains(SettingsText(), "typed-secret-42"));
+  EXPECT_TRUE(Contains(Z({"show", "Tty"}).Out, "Password:    set (stored enciphered)\n"));
+}
+
+TEST_F(Zephprof, OnATerminalTheQuestionIsAskedUntilAChoiceIsNamed) {
+  AddProfile("Mac", "OSX32");
+  TPtyProcess User;
+  ASSERT_TRUE(User.Start(ZephprofPath(), {"--settings", Settings.string(), "--data-dir", Data.string(), "remove", "Mac"},
+                         {{"HOME", (Dir / "home").string()}}));
+  ASSERT_TRUE(User.WaitFor("Confirm: Are you sure you want to delete the profile named 'Mac'?")) << User.Output();
+  ASSERT_TRUE(User.WaitFor("[Yes (y) / No (n)]? ")) << User.Output();
+  User.Type("maybe\n");
+  ASSERT_TRUE(User.WaitFor("Please answer one of the choices.")) << User.Output();
+  ASSERT_TRUE(User.WaitFor("? ")) << User.Output();
+  User.Type("Y\n");
+  EXPECT_EQ(User.Wait(), 0) << User.Output();
+  EXPECT_TRUE(Contains(User.Output(), "Removed profile 'Mac'"));
+  EXPECT_EQ(Z({"list"}).Out, "");
+}
+
 TEST_F(Zephprof, UnreachableServerFailsWithTheConnectionText) {
   const int Port = FreeLoopbackPort();
   AddProfile("Gone", "Linux64", {"--port", std::to_string(Port)});
