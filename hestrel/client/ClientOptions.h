@@ -12,6 +12,8 @@ struct THestrelClientOptions {
   int OperationTimeoutSeconds = 120;
   /// Where public-key authentication looks for id_* keys; empty: libssh's default (~/.ssh).
   std::string SshDirectory;
+  /// Trees are listed with one GNU `find -printf` when the server has it (else over SFTP).
+  bool UseFindListing = true;
   /// Many small files are pulled as one `tar` stream over exec when the server has tar.
   bool UseTarStream = true;
   /// A batch of at least this many files goes through tar; fewer go over SFTP.

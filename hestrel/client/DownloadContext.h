@@ -38,12 +38,14 @@ struct TDownloadContext {
   IFileListener* Listener = nullptr;
   IFileIteration* Iteration = nullptr;
   THestrelClientOptions Options;
+  bool ListRecursively = true;  ///< the pull descends into subdirectories (listing hint)
 
   bool Cancelled = false;  ///< the listener asked to stop (Accept 3, BytesCopied 2)
   bool Stopped = false;    ///< cancelled, or ContinueOnError answered false
   int Failures = 0;
   int FilesByTar = 0;   ///< statistics of the pull: files copied through the tar stream
   int FilesBySftp = 0;  ///< ... and over SFTP
+  bool ListedByFind = false;  ///< the tree was listed with one find
   std::string LastError;
 
   /// A failing file: counted, remembered, and the listener asked whether to go on.

@@ -10,6 +10,7 @@
 
 #include "client/ClientErrors.h"
 #include "client/DownloadContext.h"
+#include "client/FindListing.h"
 #include "client/LocalPaths.h"
 #include "core/Text.h"
 
@@ -96,7 +97,8 @@ namespace {
 
 /// A remote symbolic link met in a listing: its target read, then MirrorLinkTarget.
 void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
-                const std::string& Remote, const std::string& Local) {
+                const std::string& Remote, const std::string& Local, const std::string& Listed) {
+  if (!Listed.empty()) return MirrorLinkTarget(Context, TreeRoot, RemoteDir, Remote, Local, Listed);
   std::unique_ptr<char, void (*)(void*)> Target(sftp_readlink(Context.Sftp, Remote.c_str()), free);
   if (!Target) return Context.Fail(Remote, RemoteErrorText(Context.Sftp, Remote));
   MirrorLinkTarget(Context, TreeRoot, RemoteDir, Remote, Local, Target.get());
@@ -117,7 +119,7 @@ void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDi
   }
   std::string Local;
   if (!LocalPathUnderRoot(Context.SysRoot, Remote, Local)) return Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
-  if (Entry.Type == TRemoteType::SymLink) return MirrorLink(Context, TreeRoot, Dir.Remote, Remote, Local);
+  if (Entry.Type == TRemoteType::SymLink) return MirrorLink(Context, TreeRoot, Dir.Remote, Remote, Local, Entry.LinkTarget);
   if (Entry.Type != TRemoteType::File) return;  // devices, sockets, fifos: not SDK files
   if (!AskToCopy(Context, Remote, Local, Entry)) return;
   std::string Relative;
@@ -129,6 +131,19 @@ void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDi
 
 bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
               std::vector<TPlannedFile>& Plan) {
+  // One find for the whole tree when the server has GNU find; SFTP per directory otherwise
+  // (and for any directory the find listing does not hold).
+  TTreeListing Tree;
+  const bool HaveTree =
+      Context.Options.UseFindListing && ListTreeByFind(Context.Ssh, TreeRoot, Context.ListRecursively, Tree);
+  Context.ListedByFind = HaveTree;
+  auto List = [&](const std::string& Dir, std::vector<TRemoteEntry>& Entries, std::string& Error) {
+    if (const auto It = Tree.find(Dir); HaveTree && It != Tree.end()) {
+      Entries = It->second;
+      return true;
+    }
+    return ListRemoteDirectory(Context.Sftp, Dir, Entries, Error);
+  };
   std::vector<TDirectoryToVisit> Pending{{TreeRoot, {}}};
   std::vector<TRemoteEntry> Entries;
   bool First = true;
@@ -137,7 +152,7 @@ bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEnt
     Pending.pop_back();
     if (!First && Context.Iteration && !Context.Iteration->EnterDirectory(Dir.Remote)) break;
     std::string Error;
-    if (!ListRemoteDirectory(Context.Sftp, Dir.Remote, Entries, Error)) {
+    if (!List(Dir.Remote, Entries, Error)) {
       if (First) {
         Context.LastError = Error;
         return false;

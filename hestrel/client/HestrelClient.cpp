@@ -177,13 +177,14 @@ bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs
   if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
   if (!RequireSftp()) return false;
   TDownloadContext Context = MakeContext(Iteration, Listener);
+  Context.ListRecursively = IncludeSubDirs;
   auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
     if (Type == TRemoteType::Directory) return IncludeSubDirs ? TFilterAnswer::Descend : TFilterAnswer::Skip;
     return MatchesMask(Mask, C.back()) ? TFilterAnswer::Take : TFilterAnswer::Skip;
   };
   std::string Error;
   const bool Ok = Pull(Context, RemotePath, Filter, IncludeSubDirs && MaskTakesAll(Mask), Error);
-  FLastPull = {Context.FilesByTar, Context.FilesBySftp};
+  FLastPull = {Context.FilesByTar, Context.FilesBySftp, Context.ListedByFind};
   return Ok || Fail(Error);
 }
 
@@ -198,7 +199,7 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
   };
   std::string Error;
   const bool Ok = Pull(Context, JoinRemote(RemotePath, FrameworkName + ".framework"), Filter, IncludeNonEssential, Error);
-  FLastPull = {Context.FilesByTar, Context.FilesBySftp};
+  FLastPull = {Context.FilesByTar, Context.FilesBySftp, Context.ListedByFind};
   return Ok || Fail(Error);
 }
 

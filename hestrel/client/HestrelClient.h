@@ -33,6 +33,7 @@ class THestrelClient : public TRAClient {
   struct TPullStatistics {
     int FilesByTar = 0;
     int FilesBySftp = 0;
+    bool ListedByFind = false;
   };
   TPullStatistics GetLastPullStatistics() const { return FLastPull; }
 

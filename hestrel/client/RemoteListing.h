@@ -18,6 +18,7 @@ struct TRemoteEntry {
   TRemoteType Type = TRemoteType::Other;
   std::int64_t Size = 0;
   std::int64_t Modified = 0;  ///< seconds since 1970
+  std::string LinkTarget;     ///< a symbolic link's target when the listing carried it, else ""
 };
 
 /// The entries of Dir except "." and ".."; false with Error (missing, permission denied).

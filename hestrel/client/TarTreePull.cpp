@@ -94,7 +94,7 @@ bool HandleEntry(TTreeStream& S, TTarReader& Reader, const TTarEntry& Entry) {
     MirrorLinkTarget(S.Context, S.Root, Remote.substr(0, Remote.find_last_of('/')), Remote, Local, Entry.LinkName);
     return true;
   }
-  const TRemoteEntry Listed{Name, Type, Entry.Size, Entry.Modified};
+  const TRemoteEntry Listed{Name, Type, Entry.Size, Entry.Modified, ""};
   if (!AskToCopy(S.Context, Remote, Local, Listed) || !PrepareLocalDirectory(S.Context, Remote, Local)) return true;
   TPlannedFile File{Remote, Name, Local, Entry.Size, Entry.Modified, false};
   return ExtractTarEntry(S.Context, Reader, Entry, File);

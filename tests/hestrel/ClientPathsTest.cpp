@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "ClientTestSupport.h"
+#include "client/FindListing.h"
 #include "client/Launch.h"
 #include "client/LocalPaths.h"
 #include "client/ShellQuote.h"
@@ -138,4 +139,37 @@ TEST(HestrelLocalPaths, LocalErrorsHaveSpecificTexts) {
   EXPECT_EQ(LocalErrorText("/x", EACCES), "Permission denied: '/x'");
   EXPECT_EQ(LocalErrorText("/x", ENOSPC), "Disk full while writing '/x'");
   EXPECT_EQ(LocalErrorText("/x", ENOENT), "Local file '/x' does not exist");
+}
+
+TEST(HestrelFindListing, RecordsAreSortedIntoTheirDirectories) {
+  using namespace std::string_literals;
+  const std::string Output = "d 4096 1500000000.5\0sub\0\0"s
+                             "f 12 1500000001.0000000000\0sub/a b.h\0\0"s
+                             "l 3 1500000002.1\0link\0sub\0"s
+                             "f 0 1500000003\0top\nline\0\0"s;
+  TTreeListing Listing;
+  ASSERT_TRUE(ParseFindRecords("/r", Output, Listing));
+  ASSERT_EQ(Listing.size(), 2u);
+  ASSERT_EQ(Listing["/r"].size(), 3u);
+  EXPECT_EQ(Listing["/r"][0].Name, "sub");
+  EXPECT_EQ(Listing["/r"][0].Type, TRemoteType::Directory);
+  EXPECT_EQ(Listing["/r"][1].Name, "link");
+  EXPECT_EQ(Listing["/r"][1].Type, TRemoteType::SymLink);
+  EXPECT_EQ(Listing["/r"][1].LinkTarget, "sub");
+  EXPECT_EQ(Listing["/r"][2].Name, "top\nline");
+  ASSERT_EQ(Listing["/r/sub"].size(), 1u);
+  EXPECT_EQ(Listing["/r/sub"][0].Name, "a b.h");
+  EXPECT_EQ(Listing["/r/sub"][0].Size, 12);
+  EXPECT_EQ(Listing["/r/sub"][0].Modified, 1500000001);
+}
+
+TEST(HestrelFindListing, EmptyOutputIsAnEmptyRootAndMalformedOutputIsRefused) {
+  using namespace std::string_literals;
+  TTreeListing Listing;
+  ASSERT_TRUE(ParseFindRecords("/r", "", Listing));
+  EXPECT_EQ(Listing.size(), 1u);
+  EXPECT_TRUE(Listing["/r"].empty());
+  EXPECT_FALSE(ParseFindRecords("/r", "f 12 15\0name\0"s, Listing));           // a field missing
+  EXPECT_FALSE(ParseFindRecords("/r", "find: unknown predicate\0x\0\0"s, Listing));
+  EXPECT_FALSE(ParseFindRecords("/r", "f 1x 15\0name\0\0"s, Listing));
 }

@@ -29,7 +29,8 @@ std::string LinkOf(const std::string& Path) {
 
 }  // namespace
 
-/// Parameter: true = tar stream allowed (and used from 2 files on), false = SFTP only.
+/// Parameter: true = the exec fast paths (find listing, tar streams from 2 files on),
+/// false = SFTP only.
 class HestrelClientTransfer : public ::testing::TestWithParam<bool> {
  protected:
   static void SetUpTestSuite() {
@@ -43,6 +44,7 @@ class HestrelClientTransfer : public ::testing::TestWithParam<bool> {
   void SetUp() override {
     THestrelClientOptions Options = Sshd->Options();
     Options.UseTarStream = GetParam();
+    Options.UseFindListing = GetParam();
     Options.TarMinimumFiles = 2;
     Client = std::make_shared<THestrelClient>("test", AppData.Path().string(), Options);
     Client->SetHostName("127.0.0.1");
@@ -176,6 +178,7 @@ TEST_P(HestrelClientTransfer, ManyFilesArriveWholeWithTheirTimes) {
   EXPECT_EQ(Refresh.Overwrites.size(), 60u);
   EXPECT_EQ(Slurp(L("many/d2/f59.h")), "changed 59");
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 60 : 0);
+  EXPECT_EQ(Client->GetLastPullStatistics().ListedByFind, GetParam());
   EXPECT_EQ(TreeOf(L("many")).size(), 64u);
 }
 
