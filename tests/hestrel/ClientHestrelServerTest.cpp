@@ -91,6 +91,22 @@ TEST_F(HestrelClientWithServer, PullsATreeAndSkipsItWhenUnchanged) {
   EXPECT_TRUE(Again.Overwrites.empty());
 }
 
+TEST_F(HestrelClientWithServer, FreshTreeComesAsOneStreamWithLinksMirrored) {
+  MakeFile((Server.Dir() / "sdk/lib/libz.so.1").string(), "zlib", 1500000000);
+  MakeFile((Server.Dir() / "sdk/lib/deep/x.a").string(), "x", 1500000001);
+  std::filesystem::create_symlink("libz.so.1", Server.Dir() / "sdk/lib/libz.so");
+  std::filesystem::create_symlink("/etc/passwd", Server.Dir() / "sdk/lib/evil");
+  auto Client = Connected();
+  const std::string RemoteRoot = (Server.Dir() / "sdk/lib").string();
+  EXPECT_FALSE(Client->GetFiles(RemoteRoot, true, "", nullptr, &Listener));  // the evil link is refused
+  EXPECT_EQ(Listener.Errors, std::vector<std::string>{RemoteRoot + "/evil"});
+  const std::string Local = SysRoot.Path().string() + RemoteRoot;
+  EXPECT_EQ(TreeOf(Local), (std::vector<std::string>{"deep", "deep/x.a", "libz.so", "libz.so.1"}));
+  EXPECT_EQ(std::filesystem::read_symlink(Local + "/libz.so").string(), "libz.so.1");
+  EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, 2);
+  EXPECT_FALSE(Client->GetLastPullStatistics().ListedByFind);  // no listing at all
+}
+
 TEST_F(HestrelClientWithServer, PutsSmallAndBigFilesAndRemovesThem) {
   MakeFile(Local / "small.txt", "small", 1500000000);
   MakeFile(Local / "big.bin", std::string(3 << 20, 'b'), 1500000001);
