@@ -234,6 +234,43 @@ TEST_F(ClientProfileFile, SavedFileHasMode0600EvenWhenItExistedWithAnother) {
   EXPECT_EQ(Info.st_mode & 07777, 0600u);
 }
 
+TEST_F(ClientProfileFile, SavingTheSameContentAgainLeavesTheFileUntouched) {
+  const fs::path File = Dir / "same.profile";
+  THestrelClientProfile P;
+  Fill(P);
+  ASSERT_TRUE(P.SaveProfileSettings(File.string())) << P.GetLastError();
+  struct stat First {};
+  ASSERT_EQ(::stat(File.c_str(), &First), 0);
+  int Writes = 0;
+  hestrel::SetAtomicWriteHookForTesting([&](const std::string&, const std::string&) {
+    ++Writes;
+    return std::string();
+  });
+  EXPECT_TRUE(P.SaveProfileSettings(File.string()));
+  EXPECT_EQ(P.GetLastError(), "");
+  EXPECT_EQ(Writes, 0);
+  struct stat Second {};
+  ASSERT_EQ(::stat(File.c_str(), &Second), 0);
+  EXPECT_EQ(Second.st_ino, First.st_ino);  // not replaced
+
+  P.SetPort(4242);  // a change is written
+  EXPECT_TRUE(P.SaveProfileSettings(File.string()));
+  EXPECT_EQ(Writes, 1);
+  ::chmod(File.c_str(), 0644);  // same content but a wider mode is written again, as 0600
+  EXPECT_TRUE(P.SaveProfileSettings(File.string()));
+  EXPECT_EQ(Writes, 2);
+  ASSERT_EQ(::stat(File.c_str(), &Second), 0);
+  EXPECT_EQ(Second.st_mode & 07777, 0600u);
+}
+
+TEST_F(ClientProfileFile, FifoIsRefusedWithoutWaiting) {
+  const fs::path File = Dir / "fifo.profile";
+  ASSERT_EQ(::mkfifo(File.c_str(), 0600), 0);
+  THestrelClientProfile P;
+  EXPECT_FALSE(P.ReadProfileSettings(File.string()));
+  EXPECT_EQ(P.GetLastError(), "Cannot read profile file '" + File.string() + "': not a regular file");
+}
+
 TEST_F(ClientProfileFile, FailedWriteLeavesOldFileAndNoTemporary) {
   const fs::path File = Dir / "keep.profile";
   WriteAll(File, "old content");
