@@ -9,6 +9,7 @@ PACKAGES=(
   libssh-dev libsodium-dev libcli11-dev
   openssh-client openssh-server openssh-sftp-server
   clang libclang-rt-14-dev
+  gdbserver
   rsync
 )
 
