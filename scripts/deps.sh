@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages the project needs, only those that are missing.
-# Used by setup.sh, test.sh and .ci/run; safe to run again.
+# Used by main-job.sh, build.sh (so test.sh) and .ci/run; safe to run again.
 set -euo pipefail
 
 PACKAGES=(

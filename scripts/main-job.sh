@@ -4,7 +4,7 @@
 # server (password on standard input), test the connection, update the profile's local file
 # cache from the tree, put a file, run a command remotely, list, export and import — then
 # stop the server and say where the settings and the cache are. Exits non-zero when any
-# step fails. Dependencies: scripts/setup.sh (or scripts/deps.sh) installs them.
+# step fails. Installs the Debian packages it needs when they are missing (scripts/deps.sh).
 #
 #   bash scripts/main-job.sh            # work folder: a new temporary directory
 #   WORK=/tmp/zeph bash scripts/main-job.sh
@@ -16,7 +16,8 @@ BUILD_DIR=${BUILD_DIR:-build}
 step() { printf '\n==> %s\n' "$*"; }
 fail() { printf 'main job FAILED: %s\n' "$*" >&2; exit 1; }
 
-step "Build"
+step "Install what is missing, build"
+bash scripts/deps.sh
 cmake -S . -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" >/dev/null
 cmake --build "$BUILD_DIR" -j"$(nproc)" --target zephprof hestrel
 ZEPHPROF=$ROOT/$BUILD_DIR/apps/zephprof/zephprof

@@ -34,12 +34,19 @@ std::vector<std::string> Without(std::vector<std::string> Log, const std::string
 // ---- Edge cases of Part 3.3 -------------------------------------------------------------
 
 TEST_F(SdkFileCache, Win32AndWin64ProfilesNeverReceiveThePatchFile) {
+  SDK->Items = ThreePaths();
   for (const char* Platform : {"Win32", "Win64"}) {
-    auto Agent2 = std::make_shared<TScriptedAgent>();
-    Library->Prepared.push_back(Agent2);
+    Library->Prepared.clear();  // a fresh client for each profile, recorded in Library->Clients
+    const std::size_t Before = Library->Clients.size();
     const auto Local = Manager->AddProfile(std::string("Local") + Platform, Platform, "pc", 64211, {}, "", {}, false);
     EXPECT_TRUE(Manager->GetProfileFiles(Local, focAlwaysReplace, nullptr, Progress.Proc()));
-    for (const std::string& Entry : Agent2->Log) EXPECT_EQ(Entry.rfind("PutFile", 0), std::string::npos) << Entry;
+    ASSERT_EQ(Library->Clients.size(), Before + 1) << Platform;
+    EXPECT_EQ(Library->Clients.back()->Actions(),
+              (std::vector<std::string>{"SetHostName(pc)", "SetPort(64211)", std::string("SetPlatform(") + Platform + ")",
+                                        "SetCredential(,1,0)", "SetSysRoot(/cache/Mac)", "Connect(listener)",
+                                        "GetFiles(/usr/include,1,*.h)", "GetFiles(/usr/lib,0,*.dylib)",
+                                        "GetFrameworkFiles(/System/Library/Frameworks,Foundation,1)", "Disconnect()"}))
+        << Platform;
   }
 }
 
