@@ -227,6 +227,26 @@ void BM_ManagerSave(benchmark::State& State) {
 }
 BENCHMARK(BM_ManagerSave)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
 
+/// The usual commit: one profile changed since the last save, then SaveOptions + UpdateFile.
+/// Only that profile's file is written again (unchanged profile files are left alone).
+void BM_ManagerSaveOneChanged(benchmark::State& State) {
+  const int Count = static_cast<int>(State.range(0));
+  const std::string FileName = ManagerFiles(Count, true);
+  InstallHost(std::filesystem::path(FileName).parent_path() / "appdata");
+  TIniFilePtr Ini = TIniFile::Load(FileName).File;
+  TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(Ini);
+  const IOTARemoteProfilePtr Changing = Manager->GetProfile(ProfileName(Count / 2));
+  int Port = 1;
+  for (auto _ : State) {
+    Changing->SetPortNumber(Port++);
+    Manager->SaveOptions(*Ini);
+    const TIniFileSaveResult Result = Ini->UpdateFile();
+    if (!Result.Ok()) State.SkipWithError(Result.Error.c_str());
+  }
+  State.SetComplexityN(Count);
+}
+BENCHMARK(BM_ManagerSaveOneChanged)->Arg(10)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+
 TRemoteProfileManagerPtr LoadedManager10000() {
   const std::string FileName = ManagerFiles(10000, true);
   InstallHost(std::filesystem::path(FileName).parent_path() / "appdata");
