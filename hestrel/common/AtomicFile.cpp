@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <utility>
@@ -32,6 +33,23 @@ bool WriteAll(int Fd, std::string_view Data) {
     Data.remove_prefix(static_cast<std::size_t>(N));
   }
   return true;
+}
+
+/// The temporary file's name for a target named Name: "." + Name + ".tmp-XXXXXX", hidden and
+/// never a name a reader looks for. The copied part of Name is cut (at a UTF-8 character
+/// boundary) so the whole name is at most NAME_MAX bytes: a target whose own name fits must
+/// not fail with "File name too long" because of its temporary file.
+std::string TempNamePattern(const std::string& Name) {
+  static constexpr std::string_view Suffix = ".tmp-XXXXXX";
+  constexpr std::size_t MaxCopied = NAME_MAX - 1 - Suffix.size();
+  std::size_t Copied = Name.size();
+  if (Copied > MaxCopied) {
+    Copied = MaxCopied;
+    while (Copied > 0 && (static_cast<unsigned char>(Name[Copied]) & 0xC0) == 0x80) --Copied;  // not mid-character
+  }
+  std::string Pattern(1, '.');
+  Pattern.append(Name, 0, Copied).append(Suffix);
+  return Pattern;
 }
 
 /// Flushes the directory so that the rename itself survives a crash.
@@ -79,8 +97,7 @@ TAtomicWriteResult AtomicWriteFile(const std::string& FileName, std::string_view
   if (FileName.empty()) return {"Cannot save a file without a name"};
   const std::filesystem::path Target(FileName);
   const std::string Dir = Target.has_parent_path() ? Target.parent_path().string() : std::string(1, '.');
-  std::string TempName(1, '.');  // hidden, and never a name a reader looks for
-  TempName.append(Target.filename().string()).append(".tmp-XXXXXX");
+  const std::string TempName = TempNamePattern(Target.filename().string());
 
   TTempFile Temp((std::filesystem::path(Dir) / TempName).string());
   if (Temp.Fd() < 0) return {Failure(FileName, "cannot create a temporary file in '" + Dir + "'", errno)};

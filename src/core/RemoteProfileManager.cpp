@@ -16,9 +16,11 @@ const char kEnvPlatformGroup[] = "'$(Platform)'=='%s'";
 
 /// The platform's file-name character rule without wildcards (Part 1.2 test 2): control
 /// characters and  " * / : < > ? \ |  are refused. The stricter of the host rules, so a
-/// name is a file name everywhere and never a path (docs/DECISIONS.md).
+/// name is a file name everywhere and never a path (docs/DECISIONS.md). A name longer than
+/// MaxProfileNameBytes is refused too: its profile file could never be made.
 bool HasValidFileNameChars(const std::string& Name) {
   static const std::string Invalid = "\"*/:<>?\\|";
+  if (Name.size() > MaxProfileNameBytes) return false;
   return std::none_of(Name.begin(), Name.end(), [](char C) {
     return static_cast<unsigned char>(C) < 0x20 || Invalid.find(C) != std::string::npos;
   });

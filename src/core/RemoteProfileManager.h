@@ -2,6 +2,7 @@
 // implemented in the .cpp files of their own subsystems: persistence/, remote/).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -18,6 +19,11 @@
 #include "host/RemoteProfileServices.h"
 
 enum TProfileNameValidationError { pnveNone, pnveBadFileName, pnveDuplicate };
+
+/// The longest profile name, in UTF-8 bytes, whose file "<name>.profile" fits in one file-name
+/// component: NAME_MAX (255) minus ".profile" (docs/DECISIONS.md). A longer name fails the
+/// file-name rule (pnveBadFileName, the bad-file-name message).
+inline constexpr std::size_t MaxProfileNameBytes = 255 - 8;
 
 /// Part 1.3, in this order.
 enum TProfileNotifyAction { pnaAdded, pnaRemoved, pnaNameChanged, pnaChanged, pnaAfterRun, pnaAfterDeploy };

@@ -2,12 +2,13 @@
 // (see ProfileFiles.h).
 #include <algorithm>
 
+#include "core/RemoteProfileManager.h"
 #include "host/HostServices.h"
 #include "persistence/ProfileFiles.h"
 
 bool IsValidProfileFileName(const std::string& Name) {
   static const std::string Invalid = "\"*/:<>?\\|";
-  return !Name.empty() && std::none_of(Name.begin(), Name.end(), [](char C) {
+  return !Name.empty() && Name.size() <= MaxProfileNameBytes && std::none_of(Name.begin(), Name.end(), [](char C) {
     return static_cast<unsigned char>(C) < 0x20 || Invalid.find(C) != std::string::npos;
   });
 }

@@ -17,8 +17,9 @@ class EProfileFileError : public std::runtime_error {
 };
 
 /// True when Name may become a file name in the application-data directory: not empty,
-/// no control character and none of  " * / : < > ? \ |  — the manager's file-name rule
-/// (Part 1.2 test 2), so a name never holds a path separator and cannot leave the directory.
+/// at most MaxProfileNameBytes (247) bytes, no control character and none of
+/// " * / : < > ? \ |  — the manager's file-name rule (Part 1.2 test 2), so a name never holds
+/// a path separator, cannot leave the directory, and "<name>.profile" fits in 255 bytes.
 bool IsValidProfileFileName(const std::string& Name);
 
 /// The host's application-data directory with a trailing "/"; "" without a host

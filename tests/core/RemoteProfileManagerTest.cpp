@@ -80,6 +80,24 @@ TEST_F(ProfileManager, PathSeparatorOrQuestionMarkIsRefusedAsBadFileName) {
             "'why?' is not a valid profile name.  A profile name must be a valid filename");
 }
 
+TEST_F(ProfileManager, NameLongerThan247BytesIsRefusedAsBadFileName) {
+  // "<name>.profile" must fit in 255 bytes (NAME_MAX); the length counts UTF-8 bytes.
+  std::string Message;
+  EXPECT_EQ(Manager->InternalValidateProfileName(std::string(240, 'a'), Message), pnveNone);
+  EXPECT_EQ(Manager->InternalValidateProfileName(std::string(247, 'a'), Message), pnveNone);
+  EXPECT_EQ(Message, "");
+  const std::string Long(248, 'a');
+  EXPECT_EQ(Manager->InternalValidateProfileName(Long, Message), pnveBadFileName);
+  EXPECT_EQ(Message, "'" + Long + "' is not a valid profile name.  A profile name must be a valid filename");
+  std::string Accented;  // 124 characters, 248 bytes
+  for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
+  EXPECT_EQ(Manager->InternalValidateProfileName(Accented, Message), pnveBadFileName);
+  EXPECT_EQ(Manager->InternalValidateProfileName(Accented.substr(0, 246), Message), pnveNone);
+  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, std::string(300, 'b'), "OSX32"); }),
+            "'" + std::string(300, 'b') + "' is not a valid profile name.  A profile name must be a valid filename");
+  EXPECT_TRUE(Manager->GetProfiles().empty());
+}
+
 TEST_F(ProfileManager, NameOfBlanksIsNotEmptyAndPassesTheBlankTest) {
   std::string Message;
   EXPECT_EQ(Manager->InternalValidateProfileName("   ", Message), pnveNone);

@@ -263,6 +263,50 @@ TEST_F(ClientProfileFile, SavingTheSameContentAgainLeavesTheFileUntouched) {
   EXPECT_EQ(Second.st_mode & 07777, 0600u);
 }
 
+TEST_F(ClientProfileFile, TemporaryNameOfALongFileNameStaysWithinNameMax) {
+  // A target name of 255 bytes (NAME_MAX), 247 of them the profile name: "." + name +
+  // ".tmp-XXXXXX" would be 267 bytes. The copied part is cut to 243 bytes.
+  std::string Accented = "nn";
+  for (int I = 0; I < 122; ++I) Accented += "\xc3\xa9";  // "é", two bytes each, starting at byte 2
+  Accented += "x";
+  for (const std::string& Stem : {std::string(247, 'n'), Accented}) {
+    const std::string Name = Stem + ".profile";
+    ASSERT_EQ(Name.size(), 255u);
+    std::string Temp;
+    hestrel::SetAtomicWriteHookForTesting([&](const std::string& TempFileName, const std::string&) {
+      Temp = fs::path(TempFileName).filename().string();
+      return std::string();
+    });
+    THestrelClientProfile P;
+    Fill(P);
+    ASSERT_TRUE(P.SaveProfileSettings((Dir / Name).string())) << P.GetLastError();
+    EXPECT_EQ(P.GetLastError(), "");
+    EXPECT_TRUE(fs::is_regular_file(Dir / Name));
+    ASSERT_FALSE(Temp.empty());
+    EXPECT_LE(Temp.size(), 255u);
+    EXPECT_EQ(Temp.substr(Temp.size() - 11, 5), ".tmp-");
+    if (Stem == std::string(247, 'n')) {
+      EXPECT_EQ(Temp.size(), 255u);
+      EXPECT_EQ(Temp.substr(0, 244), "." + Name.substr(0, 243));
+    } else {
+      // Byte 243 would split an "é": the cut is one byte earlier, at the character boundary.
+      EXPECT_EQ(Temp.size(), 254u);
+      EXPECT_EQ(Temp.substr(0, 243), "." + Name.substr(0, 242));
+    }
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(Dir), fs::directory_iterator()), 2);  // no temporary left
+
+  std::string Short;  // a short name is copied whole
+  hestrel::SetAtomicWriteHookForTesting([&](const std::string& TempFileName, const std::string&) {
+    Short = fs::path(TempFileName).filename().string();
+    return std::string();
+  });
+  THestrelClientProfile P;
+  ASSERT_TRUE(P.SaveProfileSettings((Dir / "a.profile").string()));
+  EXPECT_EQ(Short.size(), 21u);
+  EXPECT_EQ(Short.substr(0, 15), ".a.profile.tmp-");
+}
+
 TEST_F(ClientProfileFile, FifoIsRefusedWithoutWaiting) {
   const fs::path File = Dir / "fifo.profile";
   ASSERT_EQ(::mkfifo(File.c_str(), 0600), 0);

@@ -301,6 +301,49 @@ TEST_F(ProfileFiles, ProfileFileOfAnInvalidNameIsRefusedNotWrittenElsewhere) {
   EXPECT_FALSE(fs::exists(AppData().parent_path() / "evil.profile"));
 }
 
+TEST_F(ProfileFiles, LongNamesUpTo247BytesAreSavedAndLoadedBack) {
+  // "<name>.profile" of 248 and 255 bytes; the temporary file must not be longer than 255.
+  for (const std::size_t Bytes : {std::size_t{240}, std::size_t{247}}) {
+    ResetRemoteProfileMgrForTesting();
+    const std::string Name(Bytes, 'L');
+    const auto M = TRemoteProfileManager::Create(Ini);
+    M->AddProfile(Name, "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
+    M->SaveOptions(*Ini);
+    EXPECT_TRUE(fs::is_regular_file(AppData() / (Name + ".profile"))) << Bytes;
+    const auto Again = TRemoteProfileManager::Create(Ini);
+    ASSERT_TRUE(Again->GetProfile(Name)) << Bytes;
+    EXPECT_EQ(Again->GetProfile(Name)->GetHostName(), "h");
+    M->RemoveProfile(M->GetProfile(Name));
+    M->SaveOptions(*Ini);
+    fs::remove(AppData() / (Name + ".profile"));
+  }
+  EXPECT_TRUE(Messages->Shown.empty());
+}
+
+TEST_F(ProfileFiles, NamesOf248BytesOrMoreAreRefusedWithTheBadFileNameMessage) {
+  const auto M = TRemoteProfileManager::Create(Ini);
+  for (const std::size_t Bytes : {std::size_t{248}, std::size_t{255}, std::size_t{400}}) {
+    const std::string Name(Bytes, 'L');
+    const std::string Expected = "'" + Name + "' is not a valid profile name.  A profile name must be a valid filename";
+    EXPECT_FALSE(M->ValidateProfileName(Name));
+    ASSERT_FALSE(Messages->Shown.empty());
+    EXPECT_EQ(Messages->Shown.back().Text, Expected);
+    try {
+      M->AddProfile(Name, "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
+      ADD_FAILURE() << "no exception for " << Bytes;
+    } catch (const ENonAIRException& Error) {
+      EXPECT_EQ(std::string(Error.what()), Expected);
+    }
+    EXPECT_EQ(TRemoteProfileManager::GetProfileFileName(Name), "");
+    // A file that holds such a name is not imported.
+    Messages->Shown.clear();
+    EXPECT_FALSE(M->LoadProfile(WriteProfileFile("long.profile", Name, "OSX32")));
+    ASSERT_EQ(Messages->Shown.size(), 1u);
+    EXPECT_EQ(Messages->Shown[0].Text, Expected);
+  }
+  EXPECT_TRUE(M->GetProfiles().empty());
+}
+
 TEST_F(ProfileFiles, MergeReplacesTheHeldProfileAndSavesTheStore) {
   const auto M = TRemoteProfileManager::Create(Ini);
   const auto Held = M->AddProfile("Mac", "OSX32", "old", 1, {"enc:00", true, true}, "", {}, false);
