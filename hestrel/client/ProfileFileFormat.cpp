@@ -256,8 +256,9 @@ bool ParseProfileText(std::string_view Text, TProfileFileData& Out, std::string&
     if (EndSeen) return Error = AtLine(LineNo, "text after the End line"), false;
     if (Line == "End") {
       EndSeen = true;
-      const char* Missing = !State.NameLine         ? "Name"
-                            : !State.PlatformLine   ? "Platform"
+      // A file without a Name line holds an empty name: the importer then takes the file's
+      // name (Part 2.2 edge case "office.mac.profile"). Every other entry must be there.
+      const char* Missing = !State.PlatformLine     ? "Platform"
                             : !State.HostLine       ? "Host"
                             : !State.PortLine       ? "Port"
                             : !State.CredentialLine ? "Credential"

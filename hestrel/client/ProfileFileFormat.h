@@ -35,7 +35,8 @@ struct TProfileFileData {
 std::string WriteProfileText(const TProfileFileData& Data);
 
 /// Parses a whole file text into Out. On failure answers false, leaves Out untouched and
-/// sets Error to the reason, starting "line N: " when one line is at fault.
+/// sets Error to the reason, starting "line N: " when one line is at fault. A text without
+/// a Name entry reads as an empty profile name; every other scalar entry is required.
 bool ParseProfileText(std::string_view Text, TProfileFileData& Out, std::string& Error);
 
 }  // namespace hestrel

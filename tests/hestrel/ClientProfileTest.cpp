@@ -223,6 +223,30 @@ TEST_F(ClientProfileFile, DamagedEntriesAreRefusedWithTheirLine) {
   ExpectRefused(Head + "Port = 1\n" + Tail + "Port = 2\n", "text after the End line", 9);
 }
 
+TEST_F(ClientProfileFile, MissingNameReadsAsAnEmptyNameOtherMissingEntriesAreRefused) {
+  const std::string Body = "Platform = \"OSX32\"\nHost = \"h\"\nPort = 5\n"
+                           "Credential = PasswordFile \"/pw\" Encrypted\nSysRoot = \"/r\"\nEnd\n";
+  const fs::path File = Dir / "office.mac.profile";
+  WriteAll(File, "HestrelProfile 1\n" + Body);
+  THestrelClientProfile P;
+  P.SetProfileName("Before");
+  ASSERT_TRUE(P.ReadProfileSettings(File.string())) << P.GetLastError();
+  EXPECT_EQ(P.GetProfileName(), "");
+  EXPECT_EQ(P.GetPlatform(), "OSX32");
+  EXPECT_EQ(P.GetHost(), "h");
+  EXPECT_EQ(P.GetPort(), 5);
+  EXPECT_EQ(P.GetCredential(), (TRACredential{"/pw", false, true}));
+  EXPECT_EQ(P.GetSysRoot(false), "/r");
+  EXPECT_EQ(P.GetLastError(), "");
+
+  const std::string Full = "HestrelProfile 1\nName = \"n\"\n" + Body;
+  for (const char* Key : {"Platform", "Host", "Port", "Credential", "SysRoot"}) {
+    const std::size_t Start = Full.find(std::string("\n") + Key + " = ") + 1;
+    const std::string Without = Full.substr(0, Start) + Full.substr(Full.find('\n', Start) + 1);
+    ExpectRefused(Without, std::string("the entry '") + Key + "' is missing", 7);
+  }
+}
+
 TEST_F(ClientProfileFile, SavedFileHasMode0600EvenWhenItExistedWithAnother) {
   const fs::path File = Dir / "m.profile";
   WriteAll(File, "old");

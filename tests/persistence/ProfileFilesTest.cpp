@@ -66,6 +66,25 @@ TEST_F(ProfileFiles, FileWithoutProfileNameIsImportedUnderItsFileName) {
   EXPECT_EQ(M->GetProfile("office.mac"), P);
 }
 
+TEST_F(ProfileFiles, FileWithoutANameLineIsImportedUnderItsFileName) {
+  // Part 2.2 edge case: "a file named office.mac.profile that holds no profile name".
+  const auto M = TRemoteProfileManager::Create(Ini);
+  const fs::path File = AppData() / "office.mac.profile";
+  WriteText(File,
+            "HestrelProfile 1\nPlatform = \"OSX32\"\nHost = \"mac.office\"\nPort = 64211\n"
+            "Credential = Password \"enc:00\" Encrypted\nSysRoot = \"/cache/office\"\nEnd\n");
+  const auto P = M->LoadProfile(File.string());
+  ASSERT_TRUE(P);
+  EXPECT_EQ(P->GetName(), "office.mac");
+  EXPECT_EQ(P->GetPlatformName(), "OSX32");
+  EXPECT_EQ(P->GetHostName(), "mac.office");
+  EXPECT_EQ(P->GetPortNumber(), 64211);
+  EXPECT_EQ(P->GetCredential(), (TOTARemoteProfileCredential{"enc:00", true, true}));
+  EXPECT_EQ(P->GetSystemRoot(), "/cache/office");
+  EXPECT_EQ(M->GetProfile("office.mac"), P);
+  EXPECT_TRUE(Messages->Shown.empty());
+}
+
 TEST_F(ProfileFiles, LoadProfileFileFillsEveryValueAndEmptiesThePaths) {
   const auto M = TRemoteProfileManager::Create(nullptr);
   const std::string File =
