@@ -224,8 +224,9 @@ TEST_F(ClientProfileFile, DamagedEntriesAreRefusedWithTheirLine) {
 }
 
 TEST_F(ClientProfileFile, MissingNameReadsAsAnEmptyNameOtherMissingEntriesAreRefused) {
-  const std::string Body = "Platform = \"OSX32\"\nHost = \"h\"\nPort = 5\n"
-                           "Credential = PasswordFile \"/pw\" Encrypted\nSysRoot = \"/r\"\nEnd\n";
+  const std::string Body =
+      "Platform = \"OSX32\"\nHost = \"h\"\nPort = 5\n"
+      "Credential = PasswordFile \"/pw\" Encrypted\nSysRoot = \"/r\"\nEnd\n";
   const fs::path File = Dir / "office.mac.profile";
   WriteAll(File, "HestrelProfile 1\n" + Body);
   THestrelClientProfile P;

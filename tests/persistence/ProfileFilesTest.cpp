@@ -13,6 +13,36 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Records every profile notification of the class events while it lives.
+class TNotificationLog {
+ public:
+  TNotificationLog() {
+    using M = TRemoteProfileManager;
+    FAdded =
+        M::FEvRemoteProfileAdded.Add([this](const IOTARemoteProfilePtr& P) { Log.push_back("Added " + P->GetName()); });
+    FRemoved = M::FEvRemoteProfileRemoved.Add(
+        [this](const IOTARemoteProfilePtr& P) { Log.push_back("Removed " + P->GetName()); });
+    FRenamed = M::FEvRemoteProfileRenamed.Add([this](const IOTARemoteProfilePtr& P, const std::string& Old) {
+      Log.push_back("Renamed " + Old + " " + P->GetName());
+    });
+    FChanged = M::FEvRemoteProfileChanged.Add(
+        [this](const IOTARemoteProfilePtr& P) { Log.push_back("Changed " + P->GetName()); });
+  }
+  TNotificationLog(const TNotificationLog&) = delete;
+  TNotificationLog& operator=(const TNotificationLog&) = delete;
+  ~TNotificationLog() {
+    using M = TRemoteProfileManager;
+    M::FEvRemoteProfileAdded.Remove(FAdded);
+    M::FEvRemoteProfileRemoved.Remove(FRemoved);
+    M::FEvRemoteProfileRenamed.Remove(FRenamed);
+    M::FEvRemoteProfileChanged.Remove(FChanged);
+  }
+  std::vector<std::string> Log;
+
+ private:
+  THandlerId FAdded = 0, FRemoved = 0, FRenamed = 0, FChanged = 0;
+};
+
 class ProfileFiles : public TPersistenceFixture {
  protected:
   void TearDown() override {
@@ -110,9 +140,12 @@ TEST_F(ProfileFiles, EmptyFileNameReadsTheDefaultFileOfTheName) {
 
 TEST_F(ProfileFiles, ImportOfAnExistingNameAsksOnceAndNoChangesNothing) {
   const auto M = TRemoteProfileManager::Create(Ini);
-  const auto Held = M->AddProfile("Mac", "OSX32", "old", 1, {"enc:00", true, true}, "/old",
-                                  {{"/p", "*", false, ptIncludePath}}, false);
-  const std::string File = WriteProfileFile("in.profile", "mac", "OSX32", "new", 2);
+  const TOTARemoteProfilePathArray HeldPaths{{"/p", "*", false, ptIncludePath}};
+  const auto Held = M->AddProfile("Mac", "OSX32", "old", 1, {"enc:00", true, true}, "/old", HeldPaths, false);
+  const std::string File =
+      WriteProfileFile("in.profile", "mac", "Linux64", "new", 2, {"/new.passfile", false, true}, "/new");
+  Ini->Log.clear();
+  const TNotificationLog Notifications;
   Messages->Answers = {TMsgDlgBtn::mbNo};
   EXPECT_FALSE(M->LoadProfile(File));
   ASSERT_EQ(Messages->Shown.size(), 1u);
@@ -122,24 +155,44 @@ TEST_F(ProfileFiles, ImportOfAnExistingNameAsksOnceAndNoChangesNothing) {
   EXPECT_EQ(Messages->Shown[0].Kind, TMsgDlgType::mtConfirmation);
   EXPECT_EQ(Messages->Shown[0].Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}));
   EXPECT_EQ(Held->GetName(), "Mac");
+  EXPECT_EQ(Held->GetPlatformName(), "OSX32");
   EXPECT_EQ(Held->GetHostName(), "old");
   EXPECT_EQ(Held->GetPortNumber(), 1);
+  EXPECT_EQ(Held->GetCredential(), (TOTARemoteProfileCredential{"enc:00", true, true}));
+  EXPECT_EQ(Held->GetSystemRoot(), "/old");
+  EXPECT_TRUE(Held->GetPaths().SameArray(HeldPaths));
+  EXPECT_EQ(M->GetProfileCount("OSX32"), 1);
+  EXPECT_EQ(M->GetProfileCount("Linux64"), 0);
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (std::vector<std::string>{"Mac"}));
+  EXPECT_EQ(M->GetProfile("Mac"), Held);
+  EXPECT_EQ(Ini->Log, (std::vector<std::string>{}));  // the store saw nothing, no write at all
+  EXPECT_EQ(Notifications.Log, (std::vector<std::string>{}));
 }
 
 TEST_F(ProfileFiles, ImportAnsweredYesKeepsPathItemsAndReplacesTheRest) {
   const auto M = TRemoteProfileManager::Create(Ini);
   const TOTARemoteProfilePathArray HeldPaths{{"/p", "*", false, ptIncludePath}};
   const auto Held = M->AddProfile("Mac", "OSX32", "old", 1, {"enc:00", true, true}, "/old", HeldPaths, false);
-  const std::string File = WriteProfileFile("in.profile", "mac", "OSX32", "new", 2, {"/f", false, true}, "/new");
+  const auto Other = M->AddProfile("Box", "Linux64", "box", 3, {"enc:01", true, true}, "/box", {}, false);
+  // A file of another platform family: the held OSX32 profile becomes a Linux64 one.
+  const std::string File = WriteProfileFile("in.profile", "mac", "Linux64", "new", 2, {"/f", false, true}, "/new");
   Messages->Answers = {TMsgDlgBtn::mbYes};
   EXPECT_EQ(M->LoadProfile(File), Held);
   EXPECT_EQ(Messages->Shown.size(), 1u);
   EXPECT_EQ(Held->GetName(), "mac");
+  EXPECT_EQ(Held->GetPlatformName(), "Linux64");
   EXPECT_EQ(Held->GetHostName(), "new");
   EXPECT_EQ(Held->GetPortNumber(), 2);
   EXPECT_EQ(Held->GetCredential(), (TOTARemoteProfileCredential{"/f", false, true}));
   EXPECT_EQ(Held->GetSystemRoot(), "/new");
   EXPECT_TRUE(Held->GetPaths().SameArray(HeldPaths));
+  // Re-filed at the end of the Linux64 list; the OSX32 list is left empty.
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (std::vector<std::string>{}));
+  EXPECT_EQ(M->GetProfileCount("OSX32"), 0);
+  EXPECT_EQ(M->GetDefaultForPlatform("OSX32"), nullptr);
+  EXPECT_EQ(NamesOf(*M, "Linux64"), (std::vector<std::string>{"Box", "mac"}));
+  EXPECT_EQ(M->GetDefaultForPlatform("Linux64"), Other);
+  EXPECT_EQ(M->GetProfile("MAC"), Held);
 }
 
 TEST_F(ProfileFiles, DuplicateWithoutConfirmGoesOnWithoutAsking) {
@@ -247,25 +300,36 @@ TEST_F(ProfileFiles, ExportLeavesTheSettingsStoreUnchanged) {
 
 TEST_F(ProfileFiles, ExportThenImportKeepsEveryField) {
   const std::string Awkward = " =;#[x]\\\"\nZoë 東京 ";
-  const auto Source = TRemoteProfileManager::Create(nullptr);
-  const auto P = Source->AddProfile("Mac " + Awkward.substr(1, 3) + " Zoë", "OSX32", "host" + Awkward, 65000,
-                                    {"/pass" + Awkward, false, true}, "/cache" + Awkward,
-                                    {{"/usr/include", "*", false, ptIncludePath}}, false);
-  const std::string File = (TempDir / "export.profile").string();
-  Source->SaveProfile(P, File);
-  const auto Target = TRemoteProfileManager::Create(nullptr);
-  const auto Q = Target->LoadProfile(File);
-  ASSERT_TRUE(Q);
-  EXPECT_EQ(Q->GetName(), P->GetName());
-  EXPECT_EQ(Q->GetPlatformName(), "OSX32");
-  EXPECT_EQ(Q->GetHostName(), "host" + Awkward);
-  EXPECT_EQ(Q->GetPortNumber(), 65000);
-  EXPECT_EQ(Q->GetCredential(), (TOTARemoteProfileCredential{"/pass" + Awkward, false, true}));
-  EXPECT_EQ(Q->GetSystemRoot(), "/cache" + Awkward);
-  EXPECT_TRUE(Q->GetPaths().empty());  // never read back from a file
-  THestrelClientProfile Raw;
-  ASSERT_TRUE(Raw.ReadProfileSettings(File));
-  EXPECT_EQ(Raw.GetIncludePath(TIncludePathKind::Include), (TRAPathItems{{"/usr/include", "*", false}}));
+  struct TCase {
+    std::string Name, Host;
+    TOTARemoteProfileCredential Credential;
+    std::string Root;
+  };
+  const std::vector<TCase> Cases{
+      {"Mac " + Awkward.substr(1, 3) + " Zoë", "host" + Awkward, {"/pass" + Awkward, false, true}, "/cache" + Awkward},
+      // An enciphered password passes as it is; blanks at both ends of name and host are kept.
+      {"  Mac mini  ", "  mac.example.org ", {"hes1:q83vAbC+/9xYz==", true, true}, " /cache/Mac mini "}};
+  for (const TCase& C : Cases) {
+    const auto Source = TRemoteProfileManager::Create(nullptr);
+    const auto P = Source->AddProfile(C.Name, "OSX32", C.Host, 65000, C.Credential, C.Root,
+                                      {{"/usr/include", "*", false, ptIncludePath}}, false);
+    const std::string File = (TempDir / "export.profile").string();
+    Source->SaveProfile(P, File);
+    const auto Target = TRemoteProfileManager::Create(nullptr);
+    const auto Q = Target->LoadProfile(File);
+    ASSERT_TRUE(Q) << C.Name;
+    EXPECT_EQ(Q->GetName(), C.Name);
+    EXPECT_EQ(Q->GetPlatformName(), "OSX32");
+    EXPECT_EQ(Q->GetHostName(), C.Host);
+    EXPECT_EQ(Q->GetPortNumber(), 65000);
+    EXPECT_EQ(Q->GetCredential(), C.Credential);
+    EXPECT_EQ(Q->GetSystemRoot(), C.Root);
+    EXPECT_TRUE(Q->GetPaths().empty());  // never read back from a file
+    THestrelClientProfile Raw;
+    ASSERT_TRUE(Raw.ReadProfileSettings(File));
+    EXPECT_EQ(Raw.GetIncludePath(TIncludePathKind::Include), (TRAPathItems{{"/usr/include", "*", false}}));
+  }
+  EXPECT_EQ(Library->Encrypted, (std::vector<std::string>{}));  // nothing was typed, nothing enciphered
 }
 
 TEST_F(ProfileFiles, ExportOfATypedPasswordHoldsOnlyItsEncipheredForm) {

@@ -57,11 +57,16 @@ TEST_F(SettingsStore, StoredPasswordIsTakenAsStoredAndNeverEnciphered) {
 }
 
 TEST_F(SettingsStore, DefaultNamingAProfileOfAnotherPlatformMarksNothing) {
+  // Z is stored before A on Android, so marking A as a default would reorder that list.
+  Ini->WriteString("RemoteProfiles\\Z", "Platform", "Android");
   for (const char* Name : {"A", "B", "C"})
     Ini->WriteString(std::string("RemoteProfiles\\") + Name, "Platform", "OSX32");
   Ini->WriteString("RemoteProfiles\\A", "Platform", "Android");
   Ini->WriteString("RemoteProfiles", "Default_OSX32", "A");
-  EXPECT_EQ(NamesOf(*Load(), "OSX32"), (std::vector<std::string>{"B", "C"}));
+  const auto M = Load();
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (std::vector<std::string>{"B", "C"}));
+  EXPECT_EQ(NamesOf(*M, "Android"), (std::vector<std::string>{"Z", "A"}));
+  EXPECT_EQ(M->GetDefaultForPlatform("Android")->GetName(), "Z");
 }
 
 TEST_F(SettingsStore, DefaultNamingNoProfileLeavesStoreOrder) {
