@@ -2,7 +2,7 @@
 // (GetClient, ReleaseClient, CloneClient) is Part 3.1's, in remote/ProfileClient.cpp.
 #include "core/RemoteProfile.h"
 
-#include "persistence/DefaultSdkPaths.h"
+#include "core/PathFunctions.h"
 
 void TOTARemoteProfileCredential2TRACredential(const TOTARemoteProfileCredential& Src, TRACredential& Dst) {
   Dst.PasswordOrFile = Src.PasswordOrFile;

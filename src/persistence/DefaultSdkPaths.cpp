@@ -1,6 +1,6 @@
 // Part 2.3: Default SDK path sets — GetDefaultPaths, SetDefaultPaths, the built-in lists
 // of "OSX32", "iOSDevice" and "iOSSimulator" (133 entries, order exact) and the
-// default-path file name. GetPlatformDisplayName and ReplacePathPart: PathFunctions.cpp.
+// default-path file name. GetPlatformDisplayName and ReplacePathPart: core/PathFunctions.cpp.
 #include "persistence/DefaultSdkPaths.h"
 
 #include <initializer_list>

@@ -1,9 +1,10 @@
-// Part 2.3: Default SDK path sets, platform display names and ReplacePathPart
-// (free functions of the manager's unit).
+// Part 2.3: Default SDK path sets (free functions of the manager's unit). Platform display
+// names and ReplacePathPart are declared in core/PathFunctions.h, included here.
 #pragma once
 
 #include <string>
 
+#include "core/PathFunctions.h"  // GetPlatformDisplayName, ReplacePathPart (Part 2.3, defined in core)
 #include "host/RemoteProfileTypes.h"
 
 /// The platform's default path items: the default-path file when it can be read (then
@@ -16,10 +17,3 @@ void SetDefaultPaths(const std::string& PlatformName, const TOTARemoteProfilePat
 TOTARemoteProfilePathArray BuiltInDefaultPaths(const std::string& PlatformName);
 /// The default-path file of a platform: application-data directory, P, ".defaultprofilepaths".
 std::string GetDefaultPathsFileName(const std::string& PlatformName);
-
-/// The host's display name of a platform identifier, or "" (unknown, empty, no host).
-std::string GetPlatformDisplayName(const std::string& PlatformName);
-
-/// Replaces every backslash-separated component of Path that names the same file as
-/// OldPart (ignoring case) by NewPart; Path unchanged when nothing matched.
-std::string ReplacePathPart(const std::string& Path, const std::string& OldPart, const std::string& NewPart);

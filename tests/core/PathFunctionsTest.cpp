@@ -1,12 +1,12 @@
-// Part 2.3: GetPlatformDisplayName and ReplacePathPart (persistence/PathFunctions.cpp).
+// Part 2.3: GetPlatformDisplayName and ReplacePathPart (core/PathFunctions.cpp).
 #include <gtest/gtest.h>
 
-#include "PersistenceFixture.h"
-#include "persistence/DefaultSdkPaths.h"
+#include "core/PathFunctions.h"
+#include "doubles/HostDoubles.h"
 
 namespace {
 
-class PathFunctions : public TPersistenceFixture {};
+class PathFunctions : public THostFixture {};
 
 TEST_F(PathFunctions, ReplacePathPartReplacesEveryMatchingComponent) {
   EXPECT_EQ(ReplacePathPart("C:\\Profiles\\Mac\\cache\\mac", "Mac", "Mini"), "C:\\Profiles\\Mini\\cache\\Mini");

@@ -1,9 +1,11 @@
-// Part 2.3: GetPlatformDisplayName and ReplacePathPart.
+// Part 2.3: GetPlatformDisplayName and ReplacePathPart (core/PathFunctions.h). In core because
+// the profile's rename (Part 1.1) uses ReplacePathPart; they need nothing but the host.
+#include "core/PathFunctions.h"
+
 #include <vector>
 
 #include "core/Text.h"
 #include "host/HostServices.h"
-#include "persistence/DefaultSdkPaths.h"
 
 std::string GetPlatformDisplayName(const std::string& PlatformName) {
   const auto& Platforms = HostServices().Platforms;
