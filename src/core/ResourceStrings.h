@@ -9,6 +9,10 @@ inline constexpr const char sInvalidProfileName[] =
     "'%s' is not a valid profile name.  A profile name must be a valid filename";
 inline constexpr const char sDuplicateProfileName[] = "A profile named '%s' already exists";
 
+// Part 2.1: the implementer's text when Encrypt cannot encipher a typed password
+// (docs/DECISIONS.md); raised as EProfileFileError before anything of the profile is written.
+inline constexpr const char sCannotEncipherPassword[] = "Cannot encipher the password of profile '%s'";
+
 // Part 2.2: import over an existing profile.
 inline constexpr const char sConfirmImportOverwrite[] =
     "%s.\r\n\r\nImporting this profile will overwrite the existing profile.  Are you sure you want to import this "

@@ -172,10 +172,12 @@ class TRAClientFactory {
   /// A new client named after a profile; VirtualFile may be empty.
   virtual TRAClientPtr CreateClient(const std::string& Name, const std::string& VirtualFile) = 0;
   virtual std::unique_ptr<TRAClientProfile> CreateProfile() = 0;
-  /// The stored (enciphered) form of a password: one string in, one out.
+  /// The stored (enciphered) form of a password: one string in, one out. "" when the
+  /// library cannot encipher (never the clear text); an empty password may stay empty.
   virtual std::string Encrypt(const std::string& Password) = 0;
 };
 using TRAClientFactoryPtr = std::shared_ptr<TRAClientFactory>;
 
-/// The agent library's Encrypt (Part 2.1): the only way a password reaches a store.
+/// The agent library's Encrypt (Part 2.1): the only way a password reaches a store. ""
+/// when it cannot encipher, also when no agent library is installed (docs/DECISIONS.md).
 std::string Encrypt(const std::string& Password);

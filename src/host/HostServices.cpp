@@ -17,8 +17,9 @@ TRAClientFactory* TRAClientFactory::GetInstance() { return Installed().AgentLibr
 
 std::string Encrypt(const std::string& Password) {
   // Part 2.1: "only the enciphered form is ever stored". Without an agent library there is
-  // no enciphering, and storing the clear text would break that rule.
+  // no enciphering: the answer is "", as a library answers when it cannot encipher (Hestrel
+  // without its key file), never the clear text. The caller that stores the result refuses
+  // an empty answer for a non-empty password (SaveProfile raises EProfileFileError).
   TRAClientFactory* Library = TRAClientFactory::GetInstance();
-  if (!Library) throw std::logic_error("Encrypt: no remote-agent client library is installed");
-  return Library->Encrypt(Password);
+  return Library ? Library->Encrypt(Password) : std::string();
 }

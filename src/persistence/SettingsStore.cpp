@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/RemoteProfileManager.h"
+#include "core/ResourceStrings.h"
 #include "core/Text.h"
 #include "persistence/DefaultSdkPaths.h"
 #include "persistence/ProfileFiles.h"
@@ -101,6 +102,10 @@ void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCu
   if (Credential.IsPassword && !Credential.IsEncrypted) {
     Stored.PasswordOrFile = Encrypt(Credential.PasswordOrFile);
     Stored.IsEncrypted = true;
+    // Encrypt answers "" when it cannot encipher (or no agent library is installed): an empty
+    // password must not be stored as if it were the user's. Raised before anything is written.
+    if (Stored.PasswordOrFile.empty() && !Credential.PasswordOrFile.empty())
+      throw EProfileFileError(Format(sCannotEncipherPassword, {Name}));
   }
   if (Ini) {
     Ini->WriteString(Section, L::Platform, Profile->GetPlatformName());

@@ -21,5 +21,5 @@ std::unique_ptr<TRAClientProfile> TProfileFileLibrary::CreateProfile() {
 
 std::string TProfileFileLibrary::Encrypt(const std::string& Password) {
   Encrypted.push_back(Password);
-  return FakeEnciphered(Password);
+  return EncryptFails ? std::string() : FakeEnciphered(Password);
 }

@@ -20,6 +20,8 @@ class TProfileFileLibrary : public TRAClientFactory {
 
   /// Every text given to Encrypt, in order.
   std::vector<std::string> Encrypted;
+  /// When true Encrypt answers "" (as Hestrel's does when its key file cannot be made).
+  bool EncryptFails = false;
   int ProfilesCreated = 0;
 };
 

@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "PersistenceFixture.h"
+#include "client/ClientFactory.h"
+#include "persistence/ProfileFiles.h"
 #include "persistence/SettingsStoreLayout.h"
 
 namespace {
@@ -211,6 +213,61 @@ TEST_F(SettingsStore, SaveProfileWritesAnEncipheredPasswordAsItIsAndAPassFileInC
   EXPECT_EQ(Ini->ReadString("RemoteProfiles\\B", "PassFile", "?"), "/b.passfile");
   EXPECT_EQ(Ini->ReadString("RemoteProfiles\\B", "Password", "none"), "none");
   EXPECT_TRUE(Library->Encrypted.empty());
+}
+
+TEST_F(SettingsStore, EncryptAnsweringNothingRaisesBeforeAnythingOfTheProfileIsWritten) {
+  Library->EncryptFails = true;
+  const auto M = Empty();
+  const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"pw", true, false}, "", {}, false);
+  Ini->Log.clear();
+  for (const std::string& Export : {std::string(), (TempDir / "x.profile").string()}) {
+    try {
+      if (Export.empty())
+        M->SaveProfile(P, Ini.get(), "");
+      else
+        M->SaveProfile(P, Export);
+      ADD_FAILURE() << "no exception";
+    } catch (const EProfileFileError& Error) {
+      EXPECT_EQ(std::string(Error.what()), "Cannot encipher the password of profile 'Mac'");
+    }
+  }
+  EXPECT_EQ(Ini->Log, Log{});
+  EXPECT_FALSE(fs::exists(AppData() / "Mac.profile"));
+  EXPECT_FALSE(fs::exists(TempDir / "x.profile"));
+  EXPECT_EQ(Library->Encrypted, (std::vector<std::string>{"pw", "pw"}));
+  // An empty typed password has nothing to encipher: it is stored empty.
+  P->SetCredential({"", true, false});
+  M->SaveProfile(P, Ini.get(), "");
+  EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Mac", "Password", "?"), "");
+}
+
+TEST_F(SettingsStore, WithoutAnAgentLibraryATypedPasswordRaisesTheSameError) {
+  Host.AgentLibrary = nullptr;
+  Reinstall();
+  EXPECT_EQ(Encrypt("pw"), "");  // never the clear text, and no logic_error
+  const auto M = Empty();
+  const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"pw", true, false}, "", {}, false);
+  Ini->Log.clear();
+  try {
+    M->SaveProfile(P, Ini.get(), "");
+    ADD_FAILURE() << "no exception";
+  } catch (const EProfileFileError& Error) {
+    EXPECT_EQ(std::string(Error.what()), "Cannot encipher the password of profile 'Mac'");
+  }
+  EXPECT_EQ(Ini->Log, Log{});
+}
+
+TEST_F(SettingsStore, HestrelWithoutItsKeyFileRaisesInsteadOfStoringAnEmptyPassword) {
+  const fs::path NotADirectory = TempDir / "plain-file";
+  WriteText(NotADirectory, "x");
+  // The real library: its key directory cannot be made, so its Encrypt answers "".
+  Host.AgentLibrary = std::make_shared<hestrel::THestrelClientFactory>((NotADirectory / "keys").string());
+  Reinstall();
+  const auto M = TRemoteProfileManager::Create(Ini);
+  M->AddProfile("Mac", "OSX32", "h", 1, {"secret", true, false}, "", {}, false);
+  EXPECT_THROW(M->SaveOptions(*Ini), EProfileFileError);
+  EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Mac", "Password", "none"), "none");
+  EXPECT_FALSE(fs::exists(AppData() / "Mac.profile"));
 }
 
 TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfterTheFirst) {
