@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The main job, end to end: build, start a Hestrel server on 127.0.0.1 with a generated
 # password, make a small remote SDK tree, and walk through zephprof — add a profile for the
-# server (password on standard input), test the connection, update the profile's local file
-# cache from the tree, put a file, run a command remotely, list, export and import — then
+# server (password on standard input), test the connection, give it path items in one run and
+# update its local file cache from them in a later one, put a file, run a command remotely,
+# list, export and import — then
 # stop the server and say where the settings and the cache are. Exits non-zero when any
 # step fails. Installs the Debian packages it needs when they are missing (scripts/deps.sh).
 #
@@ -78,11 +79,14 @@ z show "$PROFILE"
 step "Test the connection"
 z test "$PROFILE"
 
-step "Update the local file cache from the remote tree"
-# The path items are named for this run: a profile's stored path items are not read back
-# while its profile file exists (spec Part 2.1 step 2.2), so `paths add` would not outlive
-# this process. --item sets the profile's items for the pull.
-z update-cache "$PROFILE" --item "$SDK/usr/include,*.h,include,subdirs" --item "$SDK/usr/lib,libzeph.so,library"
+step "Give the profile its remote SDK path items (kept in the settings file)"
+z paths "$PROFILE" add "$SDK/usr/include" '*.h' include --subdirs
+z paths "$PROFILE" add "$SDK/usr/lib" libzeph.so library
+
+step "Update the local file cache from the remote tree (a later run: the items were stored)"
+z paths "$PROFILE" list
+[ "$(z paths "$PROFILE" list | wc -l)" -eq 2 ] || fail "the path items did not outlive the run that added them"
+z update-cache "$PROFILE"
 for f in "$SDK/usr/include/zeph.h" "$SDK/usr/include/sys/types_zeph.h" "$SDK/usr/lib/libzeph.so"; do
   [ -f "$CACHE$f" ] || fail "the cache lacks $CACHE$f"
 done

@@ -46,7 +46,12 @@ bool TAppContext::Open() {
     return false;
   }
   FLive = RemoteProfileMgr();
-  return FLive != nullptr;
+  if (!FLive) return false;
+  // The host's SDKs hear of every profile added, renamed or removed from here on
+  // (profiles loaded above already have their entries, or fall back to their own items).
+  FSdks = std::make_shared<TProfileSdkStore>(FIni);
+  FLive->AddNotifier(FSdks);
+  return true;
 }
 
 IOTARemoteProfilePtr TAppContext::FindProfile(const std::string& Name) {

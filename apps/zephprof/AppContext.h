@@ -9,6 +9,7 @@
 
 #include "core/RemoteProfileManager.h"
 #include "host/linux/IniFile.h"
+#include "host/linux/ProfileSdkStore.h"
 #include "host/linux/TerminalProgress.h"
 #include "ui/ProfileCommands.h"
 
@@ -30,9 +31,13 @@ class TAppContext {
 
   /// Installs the reference host and loads the settings file; false (reported, naming the
   /// file and line) when the file is damaged or unreadable. Nothing is written then.
+  /// Registers the host's SDK store on the live manager, so it follows every change.
   bool Open();
 
   TRemoteProfileManagerPtr Live() const { return FLive; }
+  /// The reference host's SDK path items of each profile (what update-cache pulls).
+  TProfileSdkStore& Sdks() { return *FSdks; }
+  TProfileSdkStorePtr SdksPtr() const { return FSdks; }
   /// The live profile named Name (any case), or nullptr after "No profile named '%s'".
   IOTARemoteProfilePtr FindProfile(const std::string& Name);
 
@@ -40,6 +45,8 @@ class TAppContext {
   bool Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames);
   /// The live manager's own change committed: SaveOptions, then the file is written.
   bool SaveLive();
+  /// Writes the settings file as it stands (a change of the SDK store alone).
+  bool WriteSettingsFile();
 
   /// The command's progress display (also the host's, for UpdateProgressForm).
   TTerminalProgress& Progress() { return *FProgress; }
@@ -57,8 +64,6 @@ class TAppContext {
   std::string AppDataDir() const;
 
  private:
-  bool WriteSettingsFile();
-
   TGlobalOptions FOptions;
   std::istream& FIn;
   std::ostream& FOut;
@@ -67,6 +72,7 @@ class TAppContext {
   TIniFilePtr FIni;
   std::shared_ptr<TTerminalProgress> FProgress;
   TRemoteProfileManagerPtr FLive;
+  TProfileSdkStorePtr FSdks;
 };
 
 /// Reads a password for a profile: one line from standard input (--password-stdin), or

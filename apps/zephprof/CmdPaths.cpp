@@ -1,5 +1,6 @@
-// zephprof: paths (a profile's remote SDK path items, Parts 1.1, 6.4) and default-paths
-// (a platform's default set, Part 2.3); export and import of profile files (Parts 2.2, 6.1).
+// zephprof: paths (a profile's remote SDK path items, kept in the reference host's SDK store,
+// src/host/linux/ProfileSdkStore.h) and default-paths (a platform's default set, Part 2.3);
+// export and import of profile files (Parts 2.2, 6.1).
 #include <filesystem>
 #include <memory>
 #include <ostream>
@@ -19,12 +20,9 @@ struct TPathArgs {
 
 enum class TPathAction { List, Add, Remove, Reset };
 
-/// Changes the working copy's path items of the profile and commits.
-int ChangePaths(TAppContext& C, const TPathArgs& A, TPathAction What) {
-  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
-  const IOTARemoteProfilePtr P = Copy->GetProfile(A.Name);
-  // A fresh array: the host's arrays are shared by reference with the live profile (Part 1.1).
-  std::vector<TOTARemoteProfilePathItem> Items = P->GetPaths().ToVector();
+/// Changes the profile's SDK path items in the host's SDK store and writes the settings file.
+int ChangePaths(TAppContext& C, const IOTARemoteProfilePtr& P, const TPathArgs& A, TPathAction What) {
+  std::vector<TOTARemoteProfilePathItem> Items = C.Sdks().PathItemsOf(P).ToVector();
   if (What == TPathAction::Add) {
     TOTARemoteProfilePathItem Item{A.Path, A.Mask, A.SubDirs, ptIncludePath};
     if (!ParsePathType(A.Type, Item.Type)) {
@@ -43,18 +41,21 @@ int ChangePaths(TAppContext& C, const TPathArgs& A, TPathAction What) {
   } else {
     Items = GetDefaultPaths(P->GetPlatformName()).ToVector();
   }
-  P->SetPaths(TOTARemoteProfilePathArray(std::move(Items)));
-  if (!C.Commit(Copy, {})) return ExitFailed;
-  if (!C.Json()) C.Out() << "Path items of '" << P->GetName() << "': " << P->GetPaths().size() << '\n';
-  PrintPathItems(C, P->GetPaths());
+  C.Sdks().Write(P->GetName(), TOTARemoteProfilePathArray(std::move(Items)));
+  if (!C.WriteSettingsFile()) return ExitFailed;
+  // What was stored, read back.
+  TOTARemoteProfilePathArray Stored;
+  C.Sdks().Read(P->GetName(), Stored);
+  if (!C.Json()) C.Out() << "Path items of '" << P->GetName() << "': " << Stored.size() << '\n';
+  PrintPathItems(C, Stored);
   return ExitOk;
 }
 
 int Paths(TAppContext& C, const TPathArgs& A, TPathAction What) {
   const IOTARemoteProfilePtr P = C.FindProfile(A.Name);
   if (!P) return ExitFailed;
-  if (What != TPathAction::List) return ChangePaths(C, A, What);
-  PrintPathItems(C, P->GetPaths());
+  if (What != TPathAction::List) return ChangePaths(C, P, A, What);
+  PrintPathItems(C, C.Sdks().PathItemsOf(P));
   return ExitOk;
 }
 
@@ -66,7 +67,13 @@ int DefaultPaths(TAppContext& C, const std::string& Platform, const std::string&
   }
   const IOTARemoteProfilePtr P = C.FindProfile(SaveFrom);
   if (!P) return ExitFailed;
-  SetDefaultPaths(Platform, P->GetPaths());  // says "Saved default paths to %s" itself
+  SetDefaultPaths(Platform, C.Sdks().PathItemsOf(P));  // says "Saved default paths to %s" itself
+  // Part 2.3 step 1: path items are never read back from that file, so from now on the
+  // platform's default set is empty.
+  C.Error(Format("note: new profiles of %s will now start with no path items, not with this set: a platform "
+                 "whose default-path file exists has an empty default set (spec Part 2.3); that lasts until %s "
+                 "is removed",
+                 {Platform, GetDefaultPathsFileName(Platform)}));
   return ExitOk;
 }
 
@@ -109,6 +116,8 @@ void AddPathCommands(CLI::App& App, TAction& Action) {
   PathsCmd->footer(
       "TYPE is include, library, framework or other (0 to 3). For a framework, MASK is the framework\n"
       "name and --subdirs fetches its non-essential files too. Indices are those 'list' shows.\n"
+      "The items are the profile's SDK, kept in the settings file (section ProfileSDKs\\NAME);\n"
+      "update-cache pulls them. A new profile starts from its platform's default set.\n"
       "Example:\n  zephprof paths \"Build Mac\" add /usr/include '*' include --subdirs\n"
       "  zephprof paths \"Build Mac\" remove 0\n  zephprof paths \"Build Mac\" reset");
   auto* ListCmd = PathsCmd->add_subcommand("list", "list the path items with their indices");
@@ -133,9 +142,14 @@ void AddPathCommands(CLI::App& App, TAction& Action) {
   auto SaveFrom = std::make_shared<std::string>();
   auto* DefaultsCmd = App.add_subcommand("default-paths", "Show, or save, a platform's default path set");
   DefaultsCmd->add_option("PLATFORM", *Platform, "platform identifier")->required();
-  DefaultsCmd->add_option("--save-from", *SaveFrom, "save this profile's path items as the platform's default set");
-  DefaultsCmd->footer("New profiles of the platform start from this set.\n"
-                      "Example:\n  zephprof default-paths OSX32\n  zephprof default-paths OSX32 --save-from \"Build Mac\"");
+  DefaultsCmd->add_option("--save-from", *SaveFrom, "write this profile's path items to the platform's default-path file");
+  DefaultsCmd->footer(
+      "The set new profiles of the platform start with: the built-in list (OSX32, iOSDevice and\n"
+      "iOSSimulator have one), or an EMPTY set once the platform's default-path file\n"
+      "(DATA/PLATFORM.defaultprofilepaths) exists, because path items are never read back from\n"
+      "that file (spec Part 2.3). So --save-from writes the profile's items to that file, and\n"
+      "new profiles of the platform then start with no path items until the file is removed.\n"
+      "Example:\n  zephprof default-paths OSX32\n  zephprof default-paths OSX32 --save-from \"Build Mac\"");
   DefaultsCmd->callback([&Action, Platform, SaveFrom] {
     Action = [Platform, SaveFrom](TAppContext& C) { return DefaultPaths(C, *Platform, *SaveFrom); };
   });

@@ -63,6 +63,8 @@ int Show(TAppContext& C, const std::string& Name) {
   const bool IsDefault = C.Live()->GetDefaultForPlatform(P->GetPlatformName()) == P;
   // Never the password itself, nor its stored form: only whether there is one.
   const bool PasswordSet = Credential.IsPassword && !Credential.PasswordOrFile.empty();
+  // The items a cache update pulls: the profile's SDK in the host's store.
+  const TOTARemoteProfilePathArray Paths = C.Sdks().PathItemsOf(P);
   if (C.Json()) {
     TJsonObject Object;
     Object.Add("name", P->GetName()).Add("platform", P->GetPlatformName());
@@ -72,7 +74,7 @@ int Show(TAppContext& C, const std::string& Name) {
     if (Credential.IsPassword) Object.Add("passwordSet", PasswordSet);
     else Object.Add("passFile", Credential.PasswordOrFile);
     Object.Add("localRoot", P->GetSystemRoot()).Add("default", IsDefault);
-    Object.AddRaw("pathItems", PathItemsJson(P->GetPaths()));
+    Object.AddRaw("pathItems", PathItemsJson(Paths));
     C.Out() << Object.Text() << '\n';
     return ExitOk;
   }
@@ -87,8 +89,8 @@ int Show(TAppContext& C, const std::string& Name) {
     Out << "Password file: " << Credential.PasswordOrFile << '\n';
   Out << "Local root:  " << P->GetSystemRoot() << '\n'
       << "Default:     " << (IsDefault ? "yes" : "no") << '\n'
-      << "Path items:  " << P->GetPaths().size() << '\n';
-  PrintPathItems(C, P->GetPaths());
+      << "Path items:  " << Paths.size() << '\n';
+  PrintPathItems(C, Paths);
   return ExitOk;
 }
 
@@ -116,16 +118,24 @@ int Add(TAppContext& C, const TAddArgs& A) {
   if (!P) return ExitFailed;
   if (!C.Commit(Copy, {})) return ExitFailed;
   const bool IsDefault = Copy->GetDefaultForPlatform(P->GetPlatformName()) == P;
+  // The SDK store took the new profile's items when the live manager added it.
+  TOTARemoteProfilePathArray Stored;
+  C.Sdks().Read(P->GetName(), Stored);
   C.Out() << "Added profile '" << P->GetName() << "' for " << PlatformLabel(P->GetPlatformName())
-          << (IsDefault ? ", the platform's default," : "") << " with " << P->GetPaths().size() << " path items\n";
+          << (IsDefault ? ", the platform's default," : "") << " with " << Stored.size() << " path items\n";
   return ExitOk;
 }
 
 int CopyCommand(TAppContext& C, const std::string& Name, const std::string& NewName) {
-  if (!C.FindProfile(Name)) return ExitFailed;
+  const IOTARemoteProfilePtr Source = C.FindProfile(Name);
+  if (!Source) return ExitFailed;
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   const IOTARemoteProfilePtr P = CopyProfile(*Copy, Copy->GetProfile(Name), NewName);
-  if (!P || !C.Commit(Copy, {})) return ExitFailed;
+  if (!P) return ExitFailed;
+  // The copy's SDK is the source's: its entry is there before the live manager adds the
+  // copy, so the SDK store keeps it (it fills only a profile without an entry).
+  C.Sdks().Write(P->GetName(), C.Sdks().PathItemsOf(Source));
+  if (!C.Commit(Copy, {})) return ExitFailed;
   C.Out() << "Copied '" << Copy->GetProfile(Name)->GetName() << "' to '" << P->GetName() << "'\n";
   return ExitOk;
 }
@@ -251,7 +261,8 @@ void AddCreateCommands(CLI::App& App, TAction& Action) {
   Then(AddCmd, Action, [AddArgs](TAppContext& C) { return Add(C, *AddArgs); });
 
   auto Pair = std::make_shared<std::pair<std::string, std::string>>();
-  auto* CopyCmd = App.add_subcommand("copy", "Copy a profile under a new name (local root follows the name)");
+  auto* CopyCmd =
+      App.add_subcommand("copy", "Copy a profile and its path items under a new name (local root follows the name)");
   CopyCmd->add_option("NAME", Pair->first, "profile to copy")->required();
   CopyCmd->add_option("NEW", Pair->second, "name of the copy")->required();
   CopyCmd->footer("Example:\n  zephprof copy \"Build Mac\" \"Build Mac 2\"");

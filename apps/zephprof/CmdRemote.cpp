@@ -90,9 +90,10 @@ bool ParseItem(const std::string& Text, TOTARemoteProfilePathItem& Item) {
 int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::string>& ItemTexts) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
+  // Part 3.3 pulls the items of the host's platform SDK: on the reference host the profile's
+  // entry in the SDK store (src/host/linux/ProfileSdkStore.h), or the --item ones of this run.
+  IOTAPlatformSDKPtr SDK = std::make_shared<TProfilePlatformSDK>(P, C.SdksPtr());
   if (!ItemTexts.empty()) {
-    // The items of this run, not stored: a profile's path items do not outlive a reload while
-    // its profile file exists (Part 2.1 step 2.2), so a script names them here.
     std::vector<TOTARemoteProfilePathItem> Items;
     for (const std::string& Text : ItemTexts) {
       TOTARemoteProfilePathItem Item;
@@ -103,10 +104,9 @@ int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::
       if (!CheckPathItem(Item)) return ExitUsage;
       Items.push_back(Item);
     }
-    P->SetPaths(TOTARemoteProfilePathArray(std::move(Items)));
+    SDK = std::make_shared<TProfilePlatformSDK>(P, TOTARemoteProfilePathArray(std::move(Items)));
   }
-  // The reference host's SDK is the profile itself: its path items into its local root.
-  C.Live()->SetPlatformSDK(std::make_shared<TProfilePlatformSDK>(P));
+  C.Live()->SetPlatformSDK(SDK);
   const bool Succeeded = C.Live()->GetProfileFilesWithProgress(P);
   const int Status = Finished(C, Succeeded);
   if (Status == ExitOk) C.Out() << "Local file cache of '" << P->GetName() << "': " << P->GetSystemRoot() << '\n';
@@ -223,9 +223,10 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   auto Items = std::make_shared<std::vector<std::string>>();
   CacheCmd->add_option("NAME", *Name, "profile")->required();
   CacheCmd->add_option("--item", *Items,
-                       "PATH,MASK,TYPE[,subdirs]: pull this item instead of the profile's (repeatable; not stored)")
+                       "PATH,MASK,TYPE[,subdirs]: pull this item instead of the stored ones (repeatable; not stored)")
       ->allow_extra_args(false);
-  CacheCmd->footer("Pulls the profile's path items (or the --item ones) below its local root. Shows progress;\n"
+  CacheCmd->footer("Pulls the profile's path items ('zephprof paths NAME'; or the --item ones) below its local\n"
+                   "root: a remote file PATH/F lands at LOCALROOT/PATH/F. Shows progress;\n"
                    "Ctrl-C cancels. An existing local file is replaced only when the question is answered Yes\n"
                    "(--yes answers every one).\n"
                    "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"

@@ -148,12 +148,12 @@ TEST_F(ZephprofRemote, RunStartsAProgramInItsDirectoryWithItsEnvironment) {
   EXPECT_TRUE(Contains(Missing.Err, "/no/such/program")) << Missing.Err;
 }
 
-TEST_F(ZephprofRemote, UpdateCachePullsThePathItemsAndAsksBeforeReplacing) {
+TEST_F(ZephprofRemote, UpdateCachePullsTheItemsGivenAndAsksBeforeReplacing) {
   fs::create_directories(Remote / "sdk" / "sys");
   std::ofstream(Remote / "sdk" / "a.h") << "a\n";
   std::ofstream(Remote / "sdk" / "sys" / "b.h") << "b\n";
   std::ofstream(Remote / "sdk" / "c.txt") << "c\n";
-  // The items name the tree for each run: they do not outlive a reload (Part 2.1 step 2.2).
+  // Items named for each run (--item), instead of the stored ones.
   const std::string Item = (Remote / "sdk").string() + ",*.h,include,subdirs";
   const TProcessResult First = Z({"update-cache", "Loop", "--item", Item});
   EXPECT_EQ(First.Status, 0) << First.Err;
@@ -177,6 +177,50 @@ TEST_F(ZephprofRemote, UpdateCachePullsThePathItemsAndAsksBeforeReplacing) {
   EXPECT_EQ(Replaced.Status, 0) << Replaced.Err;
   EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "a\n");
   EXPECT_EQ(Z({"update-cache", "Loop", "--item", "/x,*"}).Status, 2);
+}
+
+TEST_F(ZephprofRemote, PathItemsAddedInOneRunArePulledInLaterRuns) {
+  fs::create_directories(Remote / "sdk" / "include" / "sys");
+  fs::create_directories(Remote / "sdk" / "lib");
+  std::ofstream(Remote / "sdk" / "include" / "a.h") << "a\n";
+  std::ofstream(Remote / "sdk" / "include" / "sys" / "b.h") << "b\n";
+  std::ofstream(Remote / "sdk" / "include" / "notes.txt") << "n\n";
+  std::ofstream(Remote / "sdk" / "lib" / "libz.so") << "z\n";
+  const std::string Include = (Remote / "sdk" / "include").string();
+  const std::string Lib = (Remote / "sdk" / "lib").string();
+  ASSERT_EQ(Z({"paths", "Loop", "add", Include, "*.h", "include", "--subdirs"}).Status, 0);
+  ASSERT_EQ(Z({"paths", "Loop", "add", Lib, "libz.so", "library"}).Status, 0);
+  EXPECT_EQ(Z({"paths", "Loop", "list"}).Out,
+            "  0  include  " + Include + "  *.h  subdirs\n  1  library  " + Lib + "  libz.so\n");
+
+  const TProcessResult Pull = Z({"update-cache", "Loop"});
+  EXPECT_EQ(Pull.Status, 0) << Pull.Err;
+  EXPECT_TRUE(Contains(Pull.Err, "Updating Local File Cache (2 items)\n")) << Pull.Err;
+  const fs::path Cache = Dir / "cache";
+  EXPECT_EQ(ReadWholeFile(Cache / Include.substr(1) / "a.h"), "a\n");
+  EXPECT_EQ(ReadWholeFile(Cache / Include.substr(1) / "sys" / "b.h"), "b\n");
+  EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
+  EXPECT_FALSE(fs::exists(Cache / Include.substr(1) / "notes.txt"));
+  EXPECT_EQ(Pull.Out, "Local file cache of 'Loop': " + Cache.string() + "\n");
+
+  // The items follow a rename (the local root moves with the name only when it holds it).
+  ASSERT_EQ(Z({"rename", "Loop", "Looped"}).Status, 0);
+  fs::remove_all(Cache);
+  const TProcessResult Renamed = Z({"update-cache", "Looped"});
+  EXPECT_EQ(Renamed.Status, 0) << Renamed.Err;
+  EXPECT_TRUE(Contains(Renamed.Err, "Updating Local File Cache (2 items)\n")) << Renamed.Err;
+  EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
+
+  // And a removal: a new profile of that name starts without them.
+  ASSERT_EQ(Z({"--yes", "remove", "Looped"}).Status, 0);
+  const TProcessResult Again =
+      Z({"add", "Looped", "--platform", "Linux64", "--host", "127.0.0.1", "--port", std::to_string(Port),
+         "--local-root", (Dir / "cache2").string(), "--password-stdin"},
+        ServerPassword + "\n");
+  ASSERT_EQ(Again.Status, 0) << Again.Err;
+  EXPECT_EQ(Z({"paths", "Looped"}).Out, "");
+  EXPECT_EQ(Z({"update-cache", "Looped"}).Err,
+            "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n");
 }
 
 TEST_F(ZephprofRemote, UpdateCacheWithoutPathItemsTransfersNothing) {

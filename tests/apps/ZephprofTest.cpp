@@ -153,13 +153,19 @@ TEST_F(Zephprof, ShowListsEveryField) {
   EXPECT_EQ(Add.Out, "Added profile 'Mac' for OSX32 (macOS 32-bit), the platform's default, with 66 path items\n");
   const TProcessResult Show = Z({"show", "Mac"});
   EXPECT_EQ(Show.Status, 0);
-  EXPECT_EQ(Show.Out,
-            "Name:        Mac\nPlatform:    OSX32 (macOS 32-bit)\nHost name:   127.0.0.1\nPort number: 7000\n"
+  EXPECT_EQ(Show.Out.rfind(
+                "Name:        Mac\nPlatform:    OSX32 (macOS 32-bit)\nHost name:   127.0.0.1\nPort number: 7000\n"
             "Password:    set (stored enciphered)\nLocal root:  " + (Dir / "cache").string() +
             "\nDefault:     yes\n"
-            // Part 2.1 step 2.2: loaded from its profile file, a profile has no path items.
-            "Path items:  0\n");
-  EXPECT_TRUE(Contains(SettingsText(), "PathCount=66"));
+            // Its SDK in the host's store: the platform's default set, kept across runs.
+            "Path items:  66\n  0  include  /usr/include  *\n  1  include  /usr/include/os  *\n",
+                0),
+            0u)
+      << Show.Out;
+  EXPECT_TRUE(Contains(Show.Out, "  65  framework  /System/Library/Frameworks/CoreServices.framework/Frameworks"
+                                 "  CFNetwork\n"))
+      << Show.Out;
+  EXPECT_TRUE(Contains(SettingsText(), "[ProfileSDKs\\Mac]\nPathCount=66\n"));
   const TProcessResult Missing = Z({"show", "Nope"});
   EXPECT_EQ(Missing.Status, 1);
   EXPECT_EQ(Missing.Err, "zephprof: No profile named 'Nope'\n");
@@ -227,26 +233,68 @@ TEST_F(Zephprof, DefaultMakesAProfileFirst) {
   EXPECT_TRUE(Contains(Z({"default", "B"}).Out, "'B' is already the default profile of Linux64"));
 }
 
-TEST_F(Zephprof, PathItemsAreChangedAndStoredButNotReadBackFromAProfileFile) {
+TEST_F(Zephprof, PathItemsOutliveTheRunThatSetThem) {
   AddProfile("Box", "Linux64");
   EXPECT_EQ(Z({"paths", "Box"}).Out, "");  // Linux64 has no default set
   const TProcessResult Added = Z({"paths", "Box", "add", "/usr/include", "*.h", "include", "--subdirs"});
   EXPECT_EQ(Added.Status, 0) << Added.Err;
   EXPECT_EQ(Added.Out, "Path items of 'Box': 1\n  0  include  /usr/include  *.h  subdirs\n");
-  const std::string Stored = SettingsText();
-  EXPECT_TRUE(Contains(Stored, "PathCount=1\nPath0=/usr/include\nMask0=*.h\nIncludeSubDir0=1\nType0=0\n")) << Stored;
-  // Part 2.1 step 2.2: the next run loads the profile from its profile file, without path items.
-  EXPECT_EQ(Z({"paths", "Box", "list"}).Out, "");
+  const TProcessResult Second = Z({"paths", "Box", "add", "/usr/lib", "libz.so", "library"});
+  EXPECT_EQ(Second.Out, "Path items of 'Box': 2\n  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
+  // Kept in the host's SDK store, so later runs list them.
+  EXPECT_TRUE(Contains(SettingsText(), "[ProfileSDKs\\Box]\nPathCount=2\nPath0=/usr/include\nMask0=*.h\n"
+                                       "IncludeSubDir0=1\nType0=0\nPath1=/usr/lib\n"))
+      << SettingsText();
+  EXPECT_EQ(Z({"paths", "Box", "list"}).Out, "  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
+  EXPECT_TRUE(Contains(Z({"show", "Box"}).Out, "Path items:  2\n  0  include  /usr/include  *.h  subdirs\n"));
+  EXPECT_EQ(Z({"--json", "paths", "Box"}).Out,
+            "[{\"path\":\"/usr/include\",\"mask\":\"*.h\",\"includeSubDir\":true,\"type\":\"include\"},"
+            "{\"path\":\"/usr/lib\",\"mask\":\"libz.so\",\"includeSubDir\":false,\"type\":\"library\"}]\n");
+  const TProcessResult Removed = Z({"paths", "Box", "remove", "0"});
+  EXPECT_EQ(Removed.Status, 0) << Removed.Err;
+  EXPECT_EQ(Z({"paths", "Box"}).Out, "  0  library  /usr/lib  libz.so\n");
   EXPECT_EQ(Z({"paths", "Box", "add", "/x", "*", "sideways"}).Status, 2);
   EXPECT_EQ(Z({"paths", "Box", "add", "/x", " ", "other"}).Status, 2);
-  const TProcessResult Remove = Z({"paths", "Box", "remove", "0"});
-  EXPECT_EQ(Remove.Status, 1);
-  EXPECT_EQ(Remove.Err, "zephprof: 'Box' has no path item 0 (it has 0)\n");
-  AddProfile("Mac", "OSX32");
-  const TProcessResult Reset = Z({"paths", "Mac", "reset"});
+  const TProcessResult Beyond = Z({"paths", "Box", "remove", "1"});
+  EXPECT_EQ(Beyond.Status, 1);
+  EXPECT_EQ(Beyond.Err, "zephprof: 'Box' has no path item 1 (it has 1)\n");
+  const TProcessResult Reset = Z({"paths", "Box", "reset"});
   EXPECT_EQ(Reset.Status, 0);
-  EXPECT_TRUE(Contains(Reset.Out, "Path items of 'Mac': 66\n  0  include  /usr/include  *\n"));
-  EXPECT_TRUE(Contains(SettingsText(), "PathCount=66"));
+  EXPECT_EQ(Reset.Out, "Path items of 'Box': 0\n");
+  EXPECT_EQ(Z({"paths", "Box"}).Out, "");
+  AddProfile("Mac", "OSX32");
+  ASSERT_EQ(Z({"paths", "Mac", "remove", "0"}).Status, 0);
+  const TProcessResult MacReset = Z({"paths", "Mac", "reset"});
+  EXPECT_EQ(MacReset.Status, 0);
+  EXPECT_TRUE(Contains(MacReset.Out, "Path items of 'Mac': 66\n  0  include  /usr/include  *\n"));
+  // The manager's own sections are the manager's: "paths" leaves them as they were.
+  EXPECT_TRUE(Contains(SettingsText(), "[RemoteProfiles\\Box]\nPlatform=Linux64\n"));
+}
+
+TEST_F(Zephprof, PathItemsFollowCopyRenameAndRemove) {
+  AddProfile("Box", "Linux64");
+  ASSERT_EQ(Z({"paths", "Box", "add", "/opt/sdk", "*", "other"}).Status, 0);
+  ASSERT_EQ(Z({"copy", "Box", "Box 2"}).Status, 0);
+  EXPECT_EQ(Z({"paths", "Box 2"}).Out, "  0  other  /opt/sdk  *\n");
+  ASSERT_EQ(Z({"rename", "Box 2", "Builder"}).Status, 0);
+  EXPECT_EQ(Z({"paths", "Builder"}).Out, "  0  other  /opt/sdk  *\n");
+  EXPECT_FALSE(Contains(SettingsText(), "ProfileSDKs\\Box 2"));
+  ASSERT_EQ(Z({"--yes", "remove", "Builder"}).Status, 0);
+  EXPECT_FALSE(Contains(SettingsText(), "ProfileSDKs\\Builder"));
+  // A profile added again under that name starts afresh, from the platform's default set.
+  AddProfile("Builder", "Linux64");
+  EXPECT_EQ(Z({"paths", "Builder"}).Out, "");
+  EXPECT_EQ(Z({"paths", "Box"}).Out, "  0  other  /opt/sdk  *\n");
+}
+
+TEST_F(Zephprof, AProfileWithoutAnSdkEntryShowsItsOwnItems) {
+  // A settings file written before there were SDK entries, and no profile file: the
+  // profile's own items (Part 2.1 step 2.3) are what a pull takes.
+  std::ofstream(Settings) << "[RemoteProfiles]\nDefault_Linux64=Old\n[RemoteProfiles\\Old]\nPlatform=Linux64\n"
+                             "HostName=h\nPathCount=1\nPath0=/usr/include\nMask0=*.h\nType0=0\n";
+  EXPECT_EQ(Z({"paths", "Old"}).Out, "  0  include  /usr/include  *.h\n");
+  const TProcessResult Added = Z({"paths", "Old", "add", "/usr/lib", "*", "library"});
+  EXPECT_EQ(Added.Out, "Path items of 'Old': 2\n  0  include  /usr/include  *.h\n  1  library  /usr/lib  *\n");
 }
 
 TEST_F(Zephprof, DefaultPathsShowAndSave) {
@@ -257,8 +305,17 @@ TEST_F(Zephprof, DefaultPathsShowAndSave) {
   const TProcessResult Saved = Z({"default-paths", "OSX32", "--save-from", "Box"});
   EXPECT_EQ(Saved.Status, 0) << Saved.Err;
   EXPECT_EQ(Saved.Out, "Information: Saved default paths to " + (Data / "OSX32.defaultprofilepaths").string() + "\n");
+  EXPECT_EQ(Saved.Err, "zephprof: note: new profiles of OSX32 will now start with no path items, not with this "
+                       "set: a platform whose default-path file exists has an empty default set (spec Part 2.3); "
+                       "that lasts until " + (Data / "OSX32.defaultprofilepaths").string() + " is removed\n");
   // Part 2.3: a platform whose default-path file exists gets an empty default list.
   EXPECT_EQ(Z({"default-paths", "OSX32"}).Out, "");
+  AddProfile("Mac", "OSX32");
+  EXPECT_EQ(Z({"paths", "Mac"}).Out, "");
+  const TProcessResult Help = Z({"default-paths", "--help"});
+  EXPECT_TRUE(Contains(Help.Out, "EMPTY set once the platform's default-path file")) << Help.Out;
+  fs::remove(Data / "OSX32.defaultprofilepaths");
+  EXPECT_TRUE(Contains(Z({"default-paths", "OSX32"}).Out, "  0  include  /usr/include  *\n"));
   EXPECT_EQ(Z({"default-paths", "Atari"}).Status, 2);
 }
 
