@@ -1,6 +1,5 @@
 // zephprof: the remote operations of a profile — test (Part 3.1), update-cache (3.3), put and
 // rm (3.2), env, expand, exists, ls, symlink (3.4) and run (3.5) — each one call of the manager.
-#include <filesystem>
 #include <memory>
 #include <ostream>
 
@@ -116,14 +115,10 @@ int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::
 int Put(TAppContext& C, const std::string& Name, const std::vector<std::string>& Files, const std::string& To) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
+  // Every item goes to the batch: one that fails (a missing local file too) is reported by
+  // its own error notice and the rest still go (Conventions: only the user's cancel ends a batch).
   std::vector<TOTAPutFileItem> Items;
-  for (const std::string& File : Files) {
-    if (!std::filesystem::is_regular_file(File)) {
-      C.Error(Format("File '%s' does not exist", {File}));
-      return ExitFailed;
-    }
-    Items.push_back({File, To, "", 0});
-  }
+  for (const std::string& File : Files) Items.push_back({File, To, "", 0});
   return Finished(C, C.Live()->PutFilesWithProgress(P, Items));
 }
 
@@ -241,7 +236,8 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   PutCmd->add_option("NAME", *Name, "profile")->required();
   PutCmd->add_option("FILE", *Files, "local files")->required();
   PutCmd->add_option("--to", *To, "remote directory")->required();
-  PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced.\n"
+  PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
+                 "sent is listed at the end (exit status 1) and the others are still sent.\n"
                  "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
   PutCmd->callback([&Action, Name, Files, To] {
     Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };

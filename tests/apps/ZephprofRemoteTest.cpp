@@ -223,6 +223,20 @@ TEST_F(ZephprofRemote, PathItemsAddedInOneRunArePulledInLaterRuns) {
             "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n");
 }
 
+TEST_F(ZephprofRemote, PutGoesOnAfterAMissingFileAndListsIt) {
+  const fs::path Missing = Dir / "missing.txt";
+  const fs::path Present = Dir / "present.txt";
+  std::ofstream(Present) << "here\n";
+  const TProcessResult Put = Z({"put", "Loop", Missing.string(), Present.string(), "--to", Remote.string()});
+  EXPECT_EQ(Put.Status, 1);
+  EXPECT_EQ(ReadWholeFile(Remote / "present.txt"), "here\n");
+  EXPECT_FALSE(fs::exists(Remote / "missing.txt"));
+  EXPECT_TRUE(Contains(Put.Err, "Updating Remote Files (2 items)\n")) << Put.Err;
+  EXPECT_TRUE(Contains(Put.Err, "[2/2] Copying '" + Present.string() + "' to remote machine\n")) << Put.Err;
+  EXPECT_TRUE(Contains(Put.Err, "1 error:\n")) << Put.Err;
+  EXPECT_TRUE(Contains(Put.Err, Missing.string())) << Put.Err;
+}
+
 TEST_F(ZephprofRemote, UpdateCacheWithoutPathItemsTransfersNothing) {
   const TProcessResult R = Z({"update-cache", "Loop"});
   EXPECT_EQ(R.Status, 0) << R.Err;
