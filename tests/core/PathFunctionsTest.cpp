@@ -24,6 +24,15 @@ TEST_F(PathFunctions, ReplacePathPartWithoutAMatchKeepsTheExactText) {
   EXPECT_EQ(ReplacePathPart("a\\\\Mac", "Mac", "Mac"), "a\\\\Mac");
 }
 
+TEST_F(PathFunctions, ReplacePathPartSplitsOnBackslashesOnlyAsPart23Writes) {
+  // A POSIX root is one component: it never follows (docs/DECISIONS.md).
+  EXPECT_EQ(ReplacePathPart("/home/u/SDKs/Mac", "Mac", "Office"), "/home/u/SDKs/Mac");
+  EXPECT_EQ(ReplacePathPart("/home/u/Mac/SDKs", "Mac", "Office"), "/home/u/Mac/SDKs");
+  // Only a part between backslashes is replaced, whatever slashes it holds.
+  EXPECT_EQ(ReplacePathPart("/home/u/SDKs\\Mac", "Mac", "Office"), "/home/u/SDKs\\Office");
+  EXPECT_EQ(ReplacePathPart("/home/u/SDKs/Mac", "/home/u/SDKs/Mac", "/x"), "/x");
+}
+
 TEST_F(PathFunctions, DisplayNameOfTheEmptyStringAsksNoHost) {
   EXPECT_EQ(GetPlatformDisplayName(""), "");
   EXPECT_EQ(Platforms->Calls, 0);

@@ -1,6 +1,8 @@
 // Part 1.2: Profile manager — lists, parent platforms, defaults, validation, Assign.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "ManagerTestSupport.h"
 #include "core/RemoteProfileManager.h"
 #include "doubles/HostDoubles.h"
@@ -261,6 +263,51 @@ TEST_F(ProfileManager, WriteEnvOptionsRecordsDefaultsInTheHostsPlatformOrder) {
                               "Set Profile=Box",
                               "End",
                           }));
+}
+
+TEST_F(ProfileManager, WriteEnvOptionsLeavesTheProfilePropertyOfAPlatformThatLostItsLastProfile) {
+  // Part 1.2 as written: "Profile" is written only for a platform with a default; without one
+  // only the other group's "DefaultProfile" is emptied. So the build-environment file keeps the
+  // removed name in "Profile" (docs/DECISIONS.md).
+  const auto Mac = Add(*Manager, "Mac", "OSX32");
+  Manager->WriteEnvOptions();
+  const std::vector<std::string> FirstSave = EnvFile->Log;
+  Manager->RemoveProfile(Mac);
+  EXPECT_EQ(Manager->GetDefaultForPlatform("OSX32"), nullptr);
+  EnvFile->Log.clear();
+  Manager->WriteEnvOptions();
+  EXPECT_EQ(EnvFile->Log, (std::vector<std::string>{
+                              "Begin",
+                              "Group '$(Platform)'=='Win32'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='Win64'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='OSX32'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='iOSDevice'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='iOSSimulator'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='Android'",
+                              "Set DefaultProfile=",
+                              "Group '$(Platform)'=='Linux64'",
+                              "Set DefaultProfile=",
+                              "End",
+                          }));
+  // The properties a file holds after both saves, each write applied in order.
+  std::map<std::string, std::map<std::string, std::string>> File;
+  std::string Group;
+  std::vector<std::string> Writes = FirstSave;
+  Writes.insert(Writes.end(), EnvFile->Log.begin(), EnvFile->Log.end());
+  for (const std::string& Line : Writes) {
+    if (Line.rfind("Group ", 0) == 0) Group = Line.substr(6);
+    if (Line.rfind("Set ", 0) != 0) continue;
+    const std::size_t Eq = Line.find('=');
+    File[Group][Line.substr(4, Eq - 4)] = Line.substr(Eq + 1);
+  }
+  EXPECT_EQ(File["'$(Profile)'=='' And '$(Platform)'=='OSX32'"]["Profile"], "Mac");  // the removed name
+  EXPECT_EQ(File["'$(Profile)'=='' And '$(Platform)'=='iOSDevice'"]["Profile"], "Mac");
+  EXPECT_EQ(File["'$(Platform)'=='OSX32'"]["DefaultProfile"], "");
 }
 
 TEST_F(ProfileManager, ProfilesOutliveTheirEditableCopy) {

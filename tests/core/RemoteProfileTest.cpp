@@ -101,6 +101,16 @@ TEST(RemoteProfile, SetNameMovesSystemRootOutsideUpdateFiresChangeTwiceThenRenam
   EXPECT_EQ(R.Profile->GetSystemRoot(), "C:\\Users\\me\\Office\\sdk");
 }
 
+TEST(RemoteProfile, SetNameLeavesAPosixSystemRootAsItIs) {
+  // Part 2.3 kept as written: ReplacePathPart splits on backslashes only, so a POSIX local
+  // root does not follow a rename (docs/DECISIONS.md).
+  TRecordedProfile R("/home/u/SDKs/Mac");
+  R.Profile->SetName("Office");
+  EXPECT_EQ(R.Profile->GetName(), "Office");
+  EXPECT_EQ(R.Profile->GetSystemRoot(), "/home/u/SDKs/Mac");
+  EXPECT_EQ(R.Fired, (std::vector<std::string>{"Change", "NameChange(Mac)"}));  // no change of the root
+}
+
 TEST(RemoteProfile, SetNameMovesSystemRootInsideUpdateRenameAtOnceChangeOnceAtEnd) {
   TRecordedProfile R("C:\\Users\\me\\Mac\\sdk");
   R.Profile->BeginUpdate();
