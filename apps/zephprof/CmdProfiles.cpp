@@ -123,6 +123,9 @@ int Add(TAppContext& C, const TAddArgs& A) {
   C.Sdks().Read(P->GetName(), Stored);
   C.Out() << "Added profile '" << P->GetName() << "' for " << PlatformLabel(P->GetPlatformName())
           << (IsDefault ? ", the platform's default," : "") << " with " << Stored.size() << " path items\n";
+  if (!Given)
+    C.Error("no password given: the profile has none (use --password-stdin or --passfile; an empty password "
+            "uses your SSH agent and keys)");
   return ExitOk;
 }
 
@@ -255,7 +258,8 @@ void AddCreateCommands(CLI::App& App, TAction& Action) {
   AddCmd->footer(
       "The first profile of a platform becomes its default; Win32 and Win64 profiles never do.\n"
       "Path items start from the platform's default set. Without --password-stdin or --passfile\n"
-      "the password is asked for on a terminal (not echoed); it is stored only enciphered.\n"
+      "the password is asked for on a terminal (not echoed); it is stored only enciphered. With\n"
+      "neither and no terminal the profile gets no password (your SSH agent and keys are used).\n"
       "Example:\n  printf '%s\\n' \"$PW\" | zephprof add \"Build Mac\" --platform OSX32 --host mac.local "
       "--password-stdin");
   Then(AddCmd, Action, [AddArgs](TAppContext& C) { return Add(C, *AddArgs); });

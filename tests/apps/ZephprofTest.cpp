@@ -297,6 +297,17 @@ TEST_F(Zephprof, AProfileWithoutAnSdkEntryShowsItsOwnItems) {
   EXPECT_EQ(Added.Out, "Path items of 'Old': 2\n  0  include  /usr/include  *.h\n  1  library  /usr/lib  *\n");
 }
 
+TEST_F(Zephprof, AddWithoutAPasswordSaysSo) {
+  const TProcessResult R = Z({"add", "Keys", "--platform", "Linux64", "--host", "h"});
+  EXPECT_EQ(R.Status, 0) << R.Err;
+  EXPECT_EQ(R.Err,
+            "zephprof: no password given: the profile has none (use --password-stdin or --passfile; an empty "
+            "password uses your SSH agent and keys)\n");
+  EXPECT_TRUE(Contains(Z({"show", "Keys"}).Out, "Password:    not set\n"));
+  const TProcessResult WithPassword = Z({"add", "Pw", "--platform", "Linux64", "--host", "h", "--password-stdin"}, "x\n");
+  EXPECT_EQ(WithPassword.Err, "");
+}
+
 TEST_F(Zephprof, DefaultPathsShowAndSave) {
   const TProcessResult Sim = Z({"default-paths", "iOSSimulator"});
   EXPECT_EQ(Sim.Status, 0);
