@@ -7,6 +7,7 @@
 
 #include "Commands.h"
 #include "core/Text.h"
+#include "host/AgentClient.h"
 #include "persistence/DefaultSdkPaths.h"
 
 namespace {
@@ -89,6 +90,15 @@ int Export(TAppContext& C, const std::string& Name, const std::string& File) {
   return ExitOk;
 }
 
+/// Why the agent library's profile object cannot read File ("" when it can: the file was
+/// then declined, or held a name the manager refuses, and that was reported already).
+std::string ReaderError(const std::string& File) {
+  TRAClientFactory* Library = TRAClientFactory::GetInstance();
+  std::unique_ptr<TRAClientProfile> Reader = Library ? Library->CreateProfile() : nullptr;
+  if (!Reader || Reader->ReadProfileSettings(File)) return {};
+  return Reader->GetLastError();
+}
+
 int Import(TAppContext& C, const std::string& File) {
   if (!std::filesystem::is_regular_file(File)) {
     C.Error(Format("File '%s' does not exist", {File}));
@@ -97,7 +107,12 @@ int Import(TAppContext& C, const std::string& File) {
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   IOTARemoteProfilePtr P;
   switch (ImportProfile(*Copy, File, P)) {
-    case TImportResult::NotTaken: C.Error(Format("nothing was imported from %s", {File})); return ExitFailed;
+    case TImportResult::NotTaken: {
+      const std::string Reason = ReaderError(File);
+      C.Error(Format(Reason.empty() ? "nothing was imported from %s" : "nothing was imported from %s: %s",
+                     {File, Reason}));
+      return ExitFailed;
+    }
     case TImportResult::InvalidPlatform: return ExitFailed;  // reported; nothing is committed
     case TImportResult::Imported: break;
   }

@@ -371,6 +371,16 @@ TEST_F(Zephprof, ImportAddsOrAsksBeforeOverwriting) {
   EXPECT_EQ(Z({"import", (Dir / "nothing.profile").string()}).Status, 1);
 }
 
+TEST_F(Zephprof, ImportOfAnUnreadableFileSaysWhy) {
+  const fs::path File = Dir / "future.profile";
+  std::ofstream(File) << "HestrelProfile 9\nName = \"Future\"\nEnd\n";
+  const TProcessResult R = Z({"import", File.string()});
+  EXPECT_EQ(R.Status, 1);
+  EXPECT_TRUE(Contains(R.Err, "zephprof: nothing was imported from " + File.string() + ": ")) << R.Err;
+  EXPECT_TRUE(Contains(R.Err, "unsupported format version '9'")) << R.Err;
+  EXPECT_EQ(Z({"list"}).Out, "");
+}
+
 TEST_F(Zephprof, ImportOfAPlatformWithoutAComboEntryIsRefused) {
   const fs::path File = Dir / "droid.profile";
   std::ofstream(File) << "HestrelProfile 1\nName = \"Droid\"\nPlatform = \"Android\"\nHost = \"h\"\nPort = 64211\n"
