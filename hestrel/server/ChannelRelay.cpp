@@ -118,7 +118,7 @@ int TChannelRelay::OnEnv(ssh_session, ssh_channel, const char* Name, const char*
 
 int TChannelRelay::OnExec(ssh_session, ssh_channel, const char* Command, void* Self) {
   std::string Text = Command != nullptr ? Command : "";
-  return Relay(Self)->Start({"/bin/sh", "-c", Text}, "command '" + Text + "'") ? SSH_OK : SSH_ERROR;
+  return Relay(Self)->Start({"/bin/sh", "-c", Text}, "command '" + CommandSummary(Text) + "'") ? SSH_OK : SSH_ERROR;
 }
 
 int TChannelRelay::OnSubsystem(ssh_session, ssh_channel, const char* Subsystem, void* Self) {

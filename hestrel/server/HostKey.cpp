@@ -111,6 +111,10 @@ bool PrepareHostKey(const std::string& Path, std::string& FingerprintText, std::
       return false;
     }
     if (!CreateHostKey(Path, Error)) return false;
+  } else if ((Info.st_mode & 077) != 0) {
+    // A private key others can read is no longer private: refuse it, as sshd does.
+    Error = "host key " + Path + " is accessible by group or others (chmod 600 it)";
+    return false;
   }
   return Fingerprint(Path, FingerprintText, Error);
 }

@@ -122,6 +122,12 @@ void TListener::Accept() {
     return;
   }
   std::string Peer = SocketName(ssh_get_fd(Session.get()), true);
+  Reap();  // count only connections still served
+  if (FConnections.size() >= static_cast<std::size_t>(FOptions.MaxConnections)) {
+    // Bounds the processes (and login attempts) a flood of connections can make.
+    Log("refused connection from " + Peer + ": " + std::to_string(FConnections.size()) + " connections open");
+    return;
+  }
   pid_t Pid = ::fork();
   if (Pid < 0) {
     Log("cannot fork for the connection from " + Peer);

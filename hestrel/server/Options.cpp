@@ -25,6 +25,10 @@ TParseOutcome ParseOptions(int argc, char** argv, TServerOptions& Options) {
                  "(default: $XDG_DATA_HOME/hestrel/host_key_ed25519)");
   App.add_option("--root", Options.RootDir, "working directory of commands and SFTP (default: home)");
   App.add_option("--sftp-server", Options.SftpServer, "SFTP server program")->capture_default_str();
+  App.add_option("--max-connections", Options.MaxConnections,
+                 "connections served at once (each one process); further ones are closed at once")
+      ->check(CLI::Range(1, 10000))
+      ->capture_default_str();
   // Test hooks, left out of --help.
   App.add_option("--auth-delay-ms", Options.AuthDelayMs)->check(CLI::Range(0, 60000))->group("");
   App.add_option("--login-grace-seconds", Options.LoginGraceSeconds)->check(CLI::Range(1, 3600))->group("");

@@ -1,4 +1,5 @@
 // hestrel: the Hestrel remote agent server (see docs/hestrel-server.md).
+#include <filesystem>
 #include <libssh/libssh.h>
 #include <sodium.h>
 #include <unistd.h>
@@ -54,7 +55,11 @@ int main(int argc, char** argv) {
   sodium_memzero(Password.data(), Password.size());
 
   if (ssh_init() != SSH_OK) return Fail("cannot initialise libssh");
-  std::string HostKeyPath = Options.HostKeyFile.empty() ? hs::DefaultHostKeyPath() : Options.HostKeyFile;
+  // Absolute, because the listener loads the key after EnterRoot has changed directory.
+  std::string HostKeyPath =
+      std::filesystem::absolute(Options.HostKeyFile.empty() ? hs::DefaultHostKeyPath() : Options.HostKeyFile)
+          .lexically_normal()
+          .string();
   std::string Fingerprint;
   if (!hs::PrepareHostKey(HostKeyPath, Fingerprint, Error)) return Fail(Error);
   if (!EnterRoot(Options.RootDir, Error)) return Fail(Error);
