@@ -41,6 +41,18 @@ TEST(AtomicFile, ExistingFileKeepsItsMode) {
   EXPECT_EQ(ModeOf(File), 0640u);
 }
 
+TEST(AtomicFile, KeepMaskClearsBitsOfAnExistingMode) {
+  TTempDir Dir;
+  const std::string File = Dir / "a.txt";
+  WriteFileText(File, "old");
+  ::chmod(File.c_str(), 0664);
+  ASSERT_TRUE(AtomicWriteFile(File, "new", 0600, 0600).Ok());
+  EXPECT_EQ(ModeOf(File), 0600u);
+  const std::string Fresh = Dir / "b.txt";
+  ASSERT_TRUE(AtomicWriteFile(Fresh, "new", 0640, 0600).Ok());  // a new file gets CreateMode
+  EXPECT_EQ(ModeOf(Fresh), 0640u);
+}
+
 TEST(AtomicFile, FailureBeforeRenameKeepsOldContentAndRemovesTemporaryFile) {
   TTempDir Dir;
   const std::string File = Dir / "a.txt";

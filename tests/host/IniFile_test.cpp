@@ -277,6 +277,36 @@ TEST(IniFile, NewFileIsCreatedWithMode0600) {
   EXPECT_EQ(Info.st_mode & 07777, 0600u);
 }
 
+TEST(IniFile, AnExistingFileIsTightenedToAtMost0600) {
+  TTempDir Dir;
+  const std::string File = Dir / "settings.ini";
+  const std::string Real = Dir / "real.ini";
+  for (const auto& [Start, Expected] : {std::pair<mode_t, mode_t>{0644, 0600}, {0640, 0600}, {0755, 0600},
+                                        {0400, 0400}, {0600, 0600}}) {
+    WriteFileText(File, "[S]\nk=v\n");
+    ASSERT_EQ(::chmod(File.c_str(), Start), 0);
+    TIniFile Ini(File);
+    Ini.WriteString("S", "Password", "enciphered");
+    ASSERT_TRUE(Ini.UpdateFile().Ok());
+    struct stat Info {};
+    ASSERT_EQ(::stat(File.c_str(), &Info), 0);
+    EXPECT_EQ(Info.st_mode & 07777, Expected) << std::oct << Start;
+  }
+  // Through a symbolic link: the file it names is tightened, the link stays.
+  std::filesystem::remove(File);
+  WriteFileText(Real, "[S]\n");
+  ASSERT_EQ(::chmod(Real.c_str(), 0644), 0);
+  std::filesystem::create_symlink("real.ini", File);
+  TIniFile Linked(File);
+  Linked.WriteString("S", "k", "v");
+  ASSERT_TRUE(Linked.UpdateFile().Ok());
+  EXPECT_TRUE(std::filesystem::is_symlink(File));
+  struct stat Info {};
+  ASSERT_EQ(::stat(Real.c_str(), &Info), 0);
+  EXPECT_EQ(Info.st_mode & 07777, 0600u);
+  EXPECT_NE(ReadFileText(Real).find("[S]\nk=v\n"), std::string::npos);
+}
+
 TEST(IniFile, SaveIntoMissingDirectoryFailsClearly) {
   TTempDir Dir;
   const std::string File = Dir / "missing/settings.ini";

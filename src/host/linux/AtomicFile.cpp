@@ -20,11 +20,12 @@ std::string ResolveTarget(const std::string& FileName) {
 
 }  // namespace
 
-TAtomicWriteResult AtomicWriteFile(const std::string& FileName, std::string_view Contents, mode_t CreateMode) {
+TAtomicWriteResult AtomicWriteFile(const std::string& FileName, std::string_view Contents, mode_t CreateMode,
+                                   mode_t KeepMask) {
   const std::string Target = ResolveTarget(FileName);
   mode_t Mode = CreateMode;
   struct stat Existing {};
-  if (::stat(Target.c_str(), &Existing) == 0) Mode = Existing.st_mode & 07777;
+  if (::stat(Target.c_str(), &Existing) == 0) Mode = Existing.st_mode & 07777 & KeepMask;
   return hestrel::AtomicWriteFile(Target, Contents, Mode);
 }
 

@@ -164,7 +164,8 @@ TIniFileSaveResult TIniFile::UpdateFile() {
   if (!FLoadError.empty())
     return {"Settings file '" + FFileName + "' was not saved, to keep the file that could not be loaded. " +
             FLoadError};
-  return {AtomicWriteFile(FFileName, GetText(), 0600).Error};
+  // The file holds enciphered passwords: new 0600, an existing one tightened to at most 0600.
+  return {AtomicWriteFile(FFileName, GetText(), 0600, 0600).Error};
 }
 
 TIniFile::TSection* TIniFile::FindSection(std::string_view Section) {

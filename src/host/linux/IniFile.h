@@ -64,7 +64,8 @@ class TIniFile : public TCustomIniFile {
   void WriteBool(const std::string& Section, const std::string& Ident, bool Value) override;
   void EraseSection(const std::string& Section) override;
 
-  /// Writes the store to its file atomically (AtomicFile.h; mode 0600 when new). Refused
+  /// Writes the store to its file atomically (AtomicFile.h; mode 0600 when new, an existing
+  /// file tightened to at most 0600: it holds enciphered passwords). Refused
   /// when the load failed. Writes change only memory until this is called.
   TIniFileSaveResult UpdateFile();
 
