@@ -403,6 +403,9 @@ TEST_F(Zephprof, DamagedSettingsFileIsReportedAndNeverOverwritten) {
     EXPECT_TRUE(Contains(R.Err, "line 3")) << R.Err;
   }
   EXPECT_EQ(ReadWholeFile(Settings), Damaged);
+  // zephprof stops before any change: no profile file, no build-environment file either.
+  EXPECT_FALSE(fs::exists(Data / "New.profile"));
+  EXPECT_FALSE(fs::exists(Dir / "environment.proj"));
 }
 
 TEST_F(Zephprof, FailedCommitIsReportedAndExitsOne) {

@@ -28,8 +28,9 @@ struct TLinuxHost {
   THostServices Services;                              ///< exactly what was installed
   TIniFilePtr Settings;                                ///< Services.AppIniFile
   /// Why the settings file could not be loaded ("" when it loaded or did not exist). The
-  /// store is then empty and refuses UpdateFile; a front end reports this and stops or
-  /// goes on read-only.
+  /// store is then empty and refuses UpdateFile; a front end reports this and stops (as
+  /// zephprof does). Going on would not be read-only: the refusal guards only the settings
+  /// file, and a change would still write profile files (Part 2.2) and environment.proj.
   std::string SettingsLoadError;
   std::shared_ptr<TLinuxEnvironment> Environment;      ///< Services.Environment
   std::shared_ptr<TLinuxEnvFileWriter> EnvFileWriter;  ///< Services.EnvFileWriter
