@@ -157,7 +157,8 @@ void AddPathCommands(CLI::App& App, TAction& Action) {
   auto SaveFrom = std::make_shared<std::string>();
   auto* DefaultsCmd = App.add_subcommand("default-paths", "Show, or save, a platform's default path set");
   DefaultsCmd->add_option("PLATFORM", *Platform, "platform identifier")->required();
-  DefaultsCmd->add_option("--save-from", *SaveFrom, "write this profile's path items to the platform's default-path file");
+  DefaultsCmd->add_option("--save-from", *SaveFrom,
+                          "write this profile's path items to the platform's default-path file");
   DefaultsCmd->footer(
       "The set new profiles of the platform start with: the built-in list (OSX32, iOSDevice and\n"
       "iOSSimulator have one), or an EMPTY set once the platform's default-path file\n"

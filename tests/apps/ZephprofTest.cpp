@@ -240,12 +240,14 @@ TEST_F(Zephprof, PathItemsOutliveTheRunThatSetThem) {
   EXPECT_EQ(Added.Status, 0) << Added.Err;
   EXPECT_EQ(Added.Out, "Path items of 'Box': 1\n  0  include  /usr/include  *.h  subdirs\n");
   const TProcessResult Second = Z({"paths", "Box", "add", "/usr/lib", "libz.so", "library"});
-  EXPECT_EQ(Second.Out, "Path items of 'Box': 2\n  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
+  EXPECT_EQ(Second.Out,
+            "Path items of 'Box': 2\n  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
   // Kept in the host's SDK store, so later runs list them.
   EXPECT_TRUE(Contains(SettingsText(), "[ProfileSDKs\\Box]\nPathCount=2\nPath0=/usr/include\nMask0=*.h\n"
                                        "IncludeSubDir0=1\nType0=0\nPath1=/usr/lib\n"))
       << SettingsText();
-  EXPECT_EQ(Z({"paths", "Box", "list"}).Out, "  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
+  EXPECT_EQ(Z({"paths", "Box", "list"}).Out,
+            "  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n");
   EXPECT_TRUE(Contains(Z({"show", "Box"}).Out, "Path items:  2\n  0  include  /usr/include  *.h  subdirs\n"));
   EXPECT_EQ(Z({"--json", "paths", "Box"}).Out,
             "[{\"path\":\"/usr/include\",\"mask\":\"*.h\",\"includeSubDir\":true,\"type\":\"include\"},"
@@ -304,7 +306,8 @@ TEST_F(Zephprof, AddWithoutAPasswordSaysSo) {
             "zephprof: no password given: the profile has none (use --password-stdin or --passfile; an empty "
             "password uses your SSH agent and keys)\n");
   EXPECT_TRUE(Contains(Z({"show", "Keys"}).Out, "Password:    not set\n"));
-  const TProcessResult WithPassword = Z({"add", "Pw", "--platform", "Linux64", "--host", "h", "--password-stdin"}, "x\n");
+  const TProcessResult WithPassword =
+      Z({"add", "Pw", "--platform", "Linux64", "--host", "h", "--password-stdin"}, "x\n");
   EXPECT_EQ(WithPassword.Err, "");
 }
 
