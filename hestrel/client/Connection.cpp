@@ -1,6 +1,10 @@
 // Hestrel client (Part 3.1, Connect): see Connection.h.
 #include "client/Connection.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 #include "client/Authentication.h"
 #include "client/ClientErrors.h"
 #include "client/KnownHosts.h"
@@ -31,6 +35,17 @@ void SetOptions(ssh_session Session, const TConnectRequest& Request, const std::
   if (!Request.Options.SshDirectory.empty())
     ssh_options_set(Session, SSH_OPTIONS_SSH_DIR, Request.Options.SshDirectory.c_str());
   UseProductKnownHosts(Session, KnownHostsPath(Request.AppDataDir));
+}
+
+/// TCP keepalive: an idle connection to a host that vanished is found dead (and the next
+/// Connect opens a new one) instead of looking connected for ever. Best effort.
+void KeepAlive(ssh_session Session) {
+  const int Fd = ssh_get_fd(Session);
+  const int On = 1, IdleSeconds = 30, IntervalSeconds = 10, Probes = 3;
+  if (Fd < 0 || setsockopt(Fd, SOL_SOCKET, SO_KEEPALIVE, &On, sizeof On) != 0) return;
+  setsockopt(Fd, IPPROTO_TCP, TCP_KEEPIDLE, &IdleSeconds, sizeof IdleSeconds);
+  setsockopt(Fd, IPPROTO_TCP, TCP_KEEPINTVL, &IntervalSeconds, sizeof IntervalSeconds);
+  setsockopt(Fd, IPPROTO_TCP, TCP_KEEPCNT, &Probes, sizeof Probes);
 }
 
 bool Contains(const std::string& Text, const char* Part) { return Text.find(Part) != std::string::npos; }
@@ -71,6 +86,7 @@ TConnectResult OpenConnection(const TConnectRequest& Request) {
   }
   SetOptions(Session.get(), Request, User, Host);
   if (ssh_connect(Session.get()) != SSH_OK) return ConnectFailure(SessionError(Session.get()), Host, Request.Port);
+  KeepAlive(Session.get());
   Result.Error = VerifyHostKey(Session.get(), Host, Request.Port, KnownHostsPath(Request.AppDataDir));
   if (Result.Error.empty())
     Result.Error = Authenticate(Session.get(), Request.Credential, Request.AppDataDir, User, Host, Request.Port);

@@ -14,6 +14,7 @@
 
 namespace hestrel {
 
+class TLinkWatch;
 class TTarReader;
 struct TTarEntry;
 
@@ -39,6 +40,7 @@ struct TDownloadContext {
   IFileIteration* Iteration = nullptr;
   THestrelClientOptions Options;
   bool ListRecursively = true;  ///< the pull descends into subdirectories (listing hint)
+  const TLinkWatch* Watch = nullptr;  ///< the connection's silence watch (LinkWatch.h)
 
   bool Cancelled = false;  ///< the listener asked to stop (Accept 3, BytesCopied 2)
   bool Stopped = false;    ///< cancelled, or ContinueOnError answered false
@@ -48,8 +50,11 @@ struct TDownloadContext {
   bool ListedByFind = false;  ///< the tree was listed with one find
   std::string LastError;
 
-  /// A failing file: counted, remembered, and the listener asked whether to go on.
+  /// A failing file: counted, remembered, and the listener asked whether to go on; when
+  /// the link was cut for silence the pull stops without asking (nothing more can come).
   void Fail(const std::string& RemoteFile, const std::string& Error);
+  /// True once the server stopped answering and the link was cut.
+  bool LinkCut() const;
   /// Byte progress; false (and Cancelled) when the listener answers 2.
   bool Progress(const std::string& Remote, const std::string& Local, std::int64_t Done, std::int64_t Total);
   void Cancel();

@@ -11,6 +11,7 @@
 #include "client/ClientErrors.h"
 #include "client/DownloadContext.h"
 #include "client/FindListing.h"
+#include "client/LinkWatch.h"
 #include "client/LocalPaths.h"
 #include "core/Text.h"
 
@@ -19,8 +20,13 @@ namespace hestrel {
 void TDownloadContext::Fail(const std::string& RemoteFile, const std::string& Error) {
   ++Failures;
   LastError = Error;
-  if (Listener && !Listener->ContinueOnError(RemoteFile, Error)) Stopped = true;
+  if (LinkCut())
+    Stopped = true;
+  else if (Listener && !Listener->ContinueOnError(RemoteFile, Error))
+    Stopped = true;
 }
+
+bool TDownloadContext::LinkCut() const { return Watch && Watch->WasCut(); }
 
 bool TDownloadContext::Progress(const std::string& Remote, const std::string& Local, std::int64_t Done,
                                 std::int64_t Total) {

@@ -9,7 +9,9 @@
 #include "client/ClientErrors.h"
 #include "client/Connection.h"
 #include "client/DownloadContext.h"
+#include "client/Authentication.h"
 #include "client/Launch.h"
+#include "client/LinkWatch.h"
 #include "client/LocalPaths.h"
 #include "client/Queries.h"
 #include "client/SftpUpload.h"
@@ -73,6 +75,10 @@ bool THestrelClient::Connect(IConnectionListener* Listener) {
     TConnectResult Result = OpenConnection(Request);
     if (Result.Session) {
       FSession = std::move(Result.Session);
+      FWatch = std::make_unique<TLinkWatch>(FSession.get(), FOptions.OperationTimeoutSeconds);
+      std::string User;
+      SplitUserHost(FHostName, User, FConnectedHost);
+      FConnectedPort = FPort;
       return true;
     }
     FLastError = Result.Error;
@@ -83,7 +89,23 @@ bool THestrelClient::Connect(IConnectionListener* Listener) {
 
 void THestrelClient::Disconnect() {
   FSftp.reset();
+  FWatch.reset();  // its thread must not outlive the session's socket
   FSession.reset();
+}
+
+template <typename TBody>
+auto THestrelClient::Watched(TBody&& Body) {
+  decltype(Body()) Result{};
+  {
+    TLinkWatch::TActive Active(FWatch.get());
+    Result = Body();
+  }
+  if (FWatch && FWatch->WasCut()) {
+    FLastError = Format(sErrTimedOut, {FConnectedHost, static_cast<std::int64_t>(FConnectedPort)});
+    Disconnect();
+    return decltype(Body()){};
+  }
+  return Result;
 }
 
 bool THestrelClient::IsConnected() const { return FSession && ssh_is_connected(FSession.get()); }
@@ -105,18 +127,22 @@ bool THestrelClient::RequireSftp() {
 bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t,
                              const std::string& RemoteName, IFileListener* Listener) {
   // Attributes: Part 3.2 always passes 0; nothing is set from them.
-  if (!RequireSftp()) return false;
-  std::string Error;
-  if (UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName}, Listener, FOptions, Error))
-    return true;
-  return Fail(Error);
+  return Watched([&] {
+    if (!RequireSftp()) return false;
+    TPausingFileListener Paused(Listener, FWatch.get());
+    std::string Error;
+    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName}, Paused.Get(), FOptions, Error) ||
+           Fail(Error);
+  });
 }
 
 bool THestrelClient::RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) {
-  if (!RequireSftp()) return false;
-  if (sftp_unlink(FSftp.get(), RemoteFile.c_str()) != 0) return Fail(RemoteErrorText(FSftp.get(), RemoteFile));
-  if (Listener) Listener->Deleted(RemoteFile, FHostName);
-  return true;
+  return Watched([&] {
+    if (!RequireSftp()) return false;
+    if (sftp_unlink(FSftp.get(), RemoteFile.c_str()) != 0) return Fail(RemoteErrorText(FSftp.get(), RemoteFile));
+    if (Listener) Listener->Deleted(RemoteFile, FHostName);
+    return true;
+  });
 }
 
 namespace {
@@ -149,6 +175,7 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
       Error = Context.LastError;
       return Context.Failures == 0 && !Context.Cancelled;
     }
+    if (Context.LinkCut()) return false;  // the server stopped answering: nothing more can come
     if (!Context.Stopped && !PlanTree(Context, Root, Filter, Plan)) {
       Error = Context.LastError;
       return false;
@@ -163,6 +190,7 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
 
 TDownloadContext THestrelClient::MakeContext(IFileIteration* Iteration, IFileListener* Listener) const {
   TDownloadContext Context;
+  Context.Watch = FWatch.get();
   Context.Ssh = FSession.get();
   Context.Sftp = FSftp.get();
   Context.SysRoot = FSysRoot;
@@ -175,8 +203,15 @@ TDownloadContext THestrelClient::MakeContext(IFileIteration* Iteration, IFileLis
 bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
                               IFileIteration* Iteration, IFileListener* Listener) {
   if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  return Watched([&] { return Fetch(RemotePath, IncludeSubDirs, Mask, Iteration, Listener); });
+}
+
+bool THestrelClient::Fetch(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
+                           IFileIteration* Iteration, IFileListener* Listener) {
   if (!RequireSftp()) return false;
-  TDownloadContext Context = MakeContext(Iteration, Listener);
+  TPausingFileListener PausedListener(Listener, FWatch.get());
+  TPausingIteration PausedIteration(Iteration, FWatch.get());
+  TDownloadContext Context = MakeContext(PausedIteration.Get(), PausedListener.Get());
   Context.ListRecursively = IncludeSubDirs;
   auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
     if (Type == TRemoteType::Directory) return IncludeSubDirs ? TFilterAnswer::Descend : TFilterAnswer::Skip;
@@ -192,8 +227,15 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
                                        bool IncludeNonEssential, IFileIteration* Iteration, IFileListener* Listener) {
   if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
   if (!IsSafeEntryName(FrameworkName)) return Fail(Format(sErrUnsafeName, {FrameworkName}));
+  return Watched([&] { return FetchFramework(RemotePath, FrameworkName, IncludeNonEssential, Iteration, Listener); });
+}
+
+bool THestrelClient::FetchFramework(const std::string& RemotePath, const std::string& FrameworkName,
+                                    bool IncludeNonEssential, IFileIteration* Iteration, IFileListener* Listener) {
   if (!RequireSftp()) return false;
-  TDownloadContext Context = MakeContext(Iteration, Listener);
+  TPausingFileListener PausedListener(Listener, FWatch.get());
+  TPausingIteration PausedIteration(Iteration, FWatch.get());
+  TDownloadContext Context = MakeContext(PausedIteration.Get(), PausedListener.Get());
   auto Filter = [&](const std::vector<std::string>& C, TRemoteType Type) {
     return FrameworkEntry(FrameworkName, IncludeNonEssential, C, Type);
   };
@@ -204,69 +246,87 @@ bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std:
 }
 
 bool THestrelClient::ExpandPath(const std::string& Path, std::string& Expanded) {
-  std::string Error;
-  return RequireSession() && (QueryExpandPath(FSession.get(), Path, Expanded, Error) || Fail(Error));
+  return Watched([&] {
+    std::string Error;
+    return RequireSession() && (QueryExpandPath(FSession.get(), Path, Expanded, Error) || Fail(Error));
+  });
 }
 
 bool THestrelClient::ExpandAllPaths(const std::string& Paths, std::string& Expanded) {
-  std::string Error;
-  return RequireSession() && (QueryExpandAllPaths(FSession.get(), Paths, Expanded, Error) || Fail(Error));
+  return Watched([&] {
+    std::string Error;
+    return RequireSession() && (QueryExpandAllPaths(FSession.get(), Paths, Expanded, Error) || Fail(Error));
+  });
 }
 
 bool THestrelClient::DirExists(const std::string& Path) {
-  std::string Error;
-  if (!RequireSession()) return false;
-  const bool Exists = QueryDirExists(FSession.get(), Path, Error);
-  if (!Error.empty()) Fail(Error);
-  return Exists;
+  return Watched([&] {
+    std::string Error;
+    if (!RequireSession()) return false;
+    const bool Exists = QueryDirExists(FSession.get(), Path, Error);
+    if (!Error.empty()) Fail(Error);
+    return Exists;
+  });
 }
 
 std::unique_ptr<TRARemoteFileList> THestrelClient::ListFiles(const std::string& Path, std::int32_t Depth,
                                                              bool DirectoriesOnly) {
-  if (!RequireSftp()) return nullptr;
-  std::string Error;
-  auto List = QueryListFiles(FSftp.get(), Path, Depth, DirectoriesOnly, Error);
-  if (!List) Fail(Error);
-  return List;
+  return Watched([&]() -> std::unique_ptr<TRARemoteFileList> {
+    if (!RequireSftp()) return nullptr;
+    std::string Error;
+    auto List = QueryListFiles(FSftp.get(), Path, Depth, DirectoriesOnly, Error);
+    if (!List) Fail(Error);
+    return List;
+  });
 }
 
 bool THestrelClient::CreateSymLink(const std::string& Target, const std::string& LinkName) {
-  std::string Error;
-  return RequireSession() && (QueryCreateSymLink(FSession.get(), Target, LinkName, Error) || Fail(Error));
+  return Watched([&] {
+    std::string Error;
+    return RequireSession() && (QueryCreateSymLink(FSession.get(), Target, LinkName, Error) || Fail(Error));
+  });
 }
 
 std::string THestrelClient::GetIOSLauncher(const std::string& Name, bool) {
   // The Boolean (simulator) does not change the search: the launcher is found by name.
-  if (!RequireSession()) return "";
-  std::string Error;
-  std::string Found = QueryLauncher(FSession.get(), Name, Error);
-  if (!Error.empty()) Fail(Error);
-  return Found;
+  return Watched([&]() -> std::string {
+    if (!RequireSession()) return "";
+    std::string Error;
+    std::string Found = QueryLauncher(FSession.get(), Name, Error);
+    if (!Error.empty()) Fail(Error);
+    return Found;
+  });
 }
 
 std::unique_ptr<std::map<std::string, std::string>> THestrelClient::GetEnv() {
-  if (!RequireSession()) return nullptr;
-  std::string Error;
-  auto Table = QueryEnvironment(FSession.get(), Error);
-  if (!Table) Fail(Error);
-  return Table;
+  return Watched([&]() -> std::unique_ptr<std::map<std::string, std::string>> {
+    if (!RequireSession()) return nullptr;
+    std::string Error;
+    auto Table = QueryEnvironment(FSession.get(), Error);
+    if (!Table) Fail(Error);
+    return Table;
+  });
 }
 
 bool THestrelClient::Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
                          const std::string& Launcher, const std::vector<std::string>* Environment,
                          const std::string& OutputFile, const std::string& InputFile, std::int32_t& ProcessNumber) {
-  if (!RequireSession()) return false;
-  TRunRequest Request{Program, Parameters, WorkingDir, Launcher, Environment ? *Environment : std::vector<std::string>{},
-                      OutputFile, InputFile};
-  std::string Error;
-  return RunDetached(FSession.get(), Request, ProcessNumber, Error) || Fail(Error);
+  return Watched([&] {
+    if (!RequireSession()) return false;
+    TRunRequest Request{Program,    Parameters, WorkingDir, Launcher, Environment ? *Environment : std::vector<std::string>{},
+                        OutputFile, InputFile};
+    std::string Error;
+    return RunDetached(FSession.get(), Request, ProcessNumber, Error) || Fail(Error);
+  });
 }
 
 bool THestrelClient::Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2,
                            std::int32_t& N3) {
-  if (!RequireSession()) return false;
-  std::string Error;
-  return StartGdbServer(FSession.get(), Program, Attach, N1, N2, N3, Error) || Fail(Error);
+  return Watched([&] {
+    if (!RequireSession()) return false;
+    std::string Error;
+    return StartGdbServer(FSession.get(), Program, Attach, N1, N2, N3, Error) || Fail(Error);
+  });
 }
 
 }  // namespace hestrel

@@ -3,6 +3,7 @@
 // Failures answer false with a GetLastError text (ClientErrors.h); nothing throws.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "client/ClientOptions.h"
@@ -12,6 +13,7 @@
 namespace hestrel {
 
 struct TDownloadContext;
+class TLinkWatch;
 
 class THestrelClient : public TRAClient {
  public:
@@ -38,7 +40,8 @@ class THestrelClient : public TRAClient {
   TPullStatistics GetLastPullStatistics() const { return FLastPull; }
 
   /// Connects; a network failure (refused, timed out) asks Listener->Retry(): true tries
-  /// again unless Listener->Abort() answers true.
+  /// again unless Listener->Abort() answers true. A session that is no longer alive (its
+  /// socket closed or failed, or cut after a timeout) is dropped and a new one opened.
   bool Connect(IConnectionListener* Listener) override;
   void Disconnect() override;
   bool IsConnected() const override;
@@ -67,9 +70,17 @@ class THestrelClient : public TRAClient {
 
  private:
   bool Fail(const std::string& Error);
+  /// Runs one network operation under the link watch: when the watch cut a silent link, the
+  /// answer is the failure value ({}), GetLastError the timed-out text, the session dropped.
+  template <typename TBody>
+  auto Watched(TBody&& Body);
   bool RequireSession();
   bool RequireSftp();
   TDownloadContext MakeContext(IFileIteration* Iteration, IFileListener* Listener) const;
+  bool Fetch(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask, IFileIteration* Iteration,
+             IFileListener* Listener);
+  bool FetchFramework(const std::string& RemotePath, const std::string& FrameworkName, bool IncludeNonEssential,
+                      IFileIteration* Iteration, IFileListener* Listener);
 
   std::string FName;
   std::string FAppDataDir;
@@ -80,6 +91,9 @@ class THestrelClient : public TRAClient {
   TRACredential FCredential;
   std::string FSysRoot;
   TSshSessionPtr FSession;
+  std::unique_ptr<TLinkWatch> FWatch;  ///< the session's silence watch (destroyed before it)
+  std::string FConnectedHost;          ///< host and port of the session, for the timed-out text
+  std::int32_t FConnectedPort = 0;
   TSftpSessionPtr FSftp;  ///< opened on first use, kept for the connection
   std::string FLastError;
   TPullStatistics FLastPull;

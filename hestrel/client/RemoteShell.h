@@ -4,6 +4,7 @@
 
 #include <libssh/libssh.h>
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -12,10 +13,13 @@
 
 namespace hestrel {
 
-/// One exec channel: stdout read as a stream, stderr collected on the side.
+/// One exec channel: stdout read as a stream, stderr collected on the side. A read or a
+/// write that sees no progress for the session's operation timeout (LinkWatch.h) fails and
+/// cuts the link, so a server that stops answering cannot hold the client.
 class TExecChannel {
  public:
-  /// Opens a channel and starts Command; IsStarted() false (GetError) when that failed.
+  /// Opens a channel and starts Command; IsStarted() false (GetError, with libssh's cause or
+  /// a plain reason) when that failed.
   TExecChannel(ssh_session Session, const std::string& Command);
   bool IsStarted() const { return FChannel != nullptr; }
   const std::string& GetError() const { return FError; }
@@ -36,9 +40,11 @@ class TExecChannel {
   void Abort();
 
  private:
-  void DrainStderr();
+  bool DrainStderr();  ///< true when stderr bytes came
   long Fill(void* Data, std::size_t Size);
+  bool TimedOut();
   ssh_session FSession;
+  std::chrono::seconds FTimeout;
   std::vector<char> FBuffer;  ///< stdout read ahead: one libssh call serves many small reads
   std::size_t FBegin = 0, FEnd = 0;
   TSshChannelPtr FChannel;

@@ -69,6 +69,24 @@ std::vector<std::string> TreeOf(const std::string& Dir) {
   return Names;
 }
 
+std::vector<pid_t> ChildrenOf(pid_t Parent) {
+  std::vector<pid_t> Children;
+  std::error_code Ec;
+  for (const auto& Entry : std::filesystem::directory_iterator("/proc", Ec)) {
+    const std::string Name = Entry.path().filename().string();
+    if (Name.find_first_not_of("0123456789") != std::string::npos) continue;
+    // /proc/PID/stat: "pid (comm) state ppid ..."; comm may hold spaces and parentheses.
+    const std::string Stat = Slurp(Entry.path().string() + "/stat");
+    const auto Close = Stat.rfind(')');
+    if (Close == std::string::npos) continue;
+    std::istringstream Fields(Stat.substr(Close + 1));
+    std::string State;
+    long PPid = 0;
+    if (Fields >> State >> PPid && PPid == Parent) Children.push_back(static_cast<pid_t>(std::stol(Name)));
+  }
+  return Children;
+}
+
 TTestSshd::TTestSshd() = default;
 
 TTestSshd::~TTestSshd() { Stop(); }

@@ -59,6 +59,8 @@ void MakeFile(const std::string& Path, const std::string& Text, std::int64_t Mod
 std::string Slurp(const std::string& Path);
 /// Names (relative, sorted) of every entry below Dir (files, links, directories).
 std::vector<std::string> TreeOf(const std::string& Dir);
+/// The process ids whose parent is Parent (read from /proc).
+std::vector<pid_t> ChildrenOf(pid_t Parent);
 
 /// IFileListener that records every call and answers from settable functions.
 class TRecordingListener : public IFileListener {
