@@ -41,6 +41,7 @@ struct TUpload {
   std::string Local, Target, Temp;
   struct stat Info;
   std::string Error;
+  bool TargetExists = false;  ///< a file of the target's name was there (the listener agreed to replace it)
   bool Progress(std::int64_t Done) {
     if (!Listener || Listener->BytesCopied(Target, Local, Target, Done, Info.st_size, nullptr) != 2) return true;
     Error = sErrCancelled;
@@ -128,15 +129,37 @@ bool SendByStream(TUpload& U, std::ifstream& In) {
          Written.Size == static_cast<std::int64_t>(Done) && Done == U.Info.st_size;
 }
 
-/// Modification time, permissions, then the rename over the final name.
+/// The temporary file over the existing target in one step: `mv -f`, which is rename(2),
+/// atomic (what posix-rename@openssh.com does; libssh 0.10 has no call to send that
+/// extension). Answers Started false when no command could do it (exec refused, no mv), so
+/// the caller may fall back.
+bool ReplaceByCommand(TUpload& U, bool& Started) {
+  const TCommandResult Moved =
+      RunCommand(U.Ssh, "LC_ALL=C; export LC_ALL; exec mv -f -- " + ShellQuote(U.Temp) + " " + ShellQuote(U.Target));
+  Started = Moved.Started && Moved.ExitStatus != 126 && Moved.ExitStatus != 127;
+  if (!Started) return false;
+  if (Moved.ExitStatus == 0) return true;
+  if (Moved.Err.find("ermission denied") != std::string::npos || Moved.Err.find("not permitted") != std::string::npos)
+    U.Error = Format(sErrRemotePermission, {U.Target});
+  else
+    U.Error = Format(sErrRemoteIo, {U.Target, Moved.Err.empty() ? "mv failed" : Moved.Err.substr(0, Moved.Err.find('\n'))});
+  return false;
+}
+
+/// Modification time, permissions, then the rename over the final name. The target is never
+/// missing: a new name takes SFTP's rename; an existing file is replaced in one step by
+/// ReplaceByCommand; only when no command can run there, SFTP v3's way (OpenSSH refuses to
+/// rename over a file): remove it, then rename.
 bool Finish(TUpload& U) {
   const timeval Times[2] = {{U.Info.st_atim.tv_sec, 0}, {U.Info.st_mtim.tv_sec, 0}};
   if (sftp_utimes(U.Sftp, U.Temp.c_str(), Times) != 0 || sftp_chmod(U.Sftp, U.Temp.c_str(), U.Info.st_mode & 0777) != 0) {
     U.Error = RemoteErrorText(U.Sftp, U.Target);
     return false;
   }
-  if (sftp_rename(U.Sftp, U.Temp.c_str(), U.Target.c_str()) == 0) return true;
-  // SFTP v3 (OpenSSH) refuses to rename over an existing file: remove it, then rename.
+  if (!U.TargetExists && sftp_rename(U.Sftp, U.Temp.c_str(), U.Target.c_str()) == 0) return true;
+  bool Started = false;
+  if (ReplaceByCommand(U, Started)) return true;
+  if (Started) return false;  // mv ran and failed: the old file is untouched
   sftp_unlink(U.Sftp, U.Target.c_str());
   if (sftp_rename(U.Sftp, U.Temp.c_str(), U.Target.c_str()) == 0) return true;
   U.Error = RemoteErrorText(U.Sftp, U.Target);
@@ -152,6 +175,7 @@ bool MayReplace(TUpload& U, IFileListener* Listener) {
     U.Error = Format(sErrRemoteIo, {U.Target, std::string("it is a directory")});
     return false;
   }
+  U.TargetExists = true;
   return !Listener || Listener->Overwrite(U.Target, FromUnixSeconds(Existing.Modified), Existing.Size,
                                           FromUnixSeconds(U.Info.st_mtim.tv_sec), U.Info.st_size);
 }

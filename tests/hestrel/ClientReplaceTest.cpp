@@ -1,0 +1,119 @@
+// Hestrel client against the `hestrel` server: PutFile over an existing remote file replaces
+// it in one step (the file is never missing), a failing replacement leaves the old file, and
+// the remote commands run in the C locale whatever the server's locale is.
+#include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "ClientTestSupport.h"
+#include "TestServer.h"
+#include "client/ClientErrors.h"
+#include "client/HestrelClient.h"
+#include "core/Text.h"
+
+using namespace hestrel;
+using namespace hestrel_test;
+
+namespace {
+
+/// Names that left (deleted or moved away) and names that arrived in a directory.
+struct TDirectoryEvents {
+  std::vector<std::string> Gone, Arrived;
+};
+
+class TDirectoryWatch {
+ public:
+  explicit TDirectoryWatch(const std::string& Dir) : FFd(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    inotify_add_watch(FFd, Dir.c_str(), IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO);
+  }
+  ~TDirectoryWatch() { close(FFd); }
+  TDirectoryEvents Read() const {
+    TDirectoryEvents Events;
+    alignas(inotify_event) char Buffer[65536];
+    for (ssize_t N; (N = read(FFd, Buffer, sizeof Buffer)) > 0;)
+      for (char* P = Buffer; P < Buffer + N;) {
+        const auto* E = reinterpret_cast<const inotify_event*>(P);
+        const std::string Name = E->len ? E->name : "";
+        (E->mask & IN_MOVED_TO ? Events.Arrived : Events.Gone).push_back(Name);
+        P += sizeof(inotify_event) + E->len;
+      }
+    return Events;
+  }
+
+ private:
+  int FFd;
+};
+
+}  // namespace
+
+class HestrelClientReplace : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!std::filesystem::exists(TTestServer::BinaryPath())) GTEST_SKIP() << "no hestrel binary";
+    std::filesystem::create_directories(Bin.Path());
+  }
+  /// Starts the server with Bin first on its commands' PATH (Only: Bin alone).
+  void Start(bool Only = false) {
+    const char* Path = std::getenv("PATH");
+    Server.SetEnv("PATH", Bin.Path().string() + (Only || !Path ? "" : std::string(":") + Path));
+    ASSERT_TRUE(Server.Start()) << Server.Log();
+    THestrelClientOptions Options;
+    Options.ConnectTimeoutSeconds = 5;
+    Client = std::make_shared<THestrelClient>("p", AppData.Path().string(), Options);
+    Client->SetHostName("127.0.0.1");
+    Client->SetPort(Server.Port());
+    Client->SetCredential({Server.Password(), true, false});
+    ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  }
+  /// A program on the server's PATH made of a sh script.
+  void FakeProgram(const std::string& Name, const std::string& Script) {
+    WriteFile(Bin.Path() / Name, "#!/bin/sh\n" + Script, 0755);
+  }
+  std::string Dir() const { return Server.Dir().string(); }
+
+  TTestServer Server;
+  TTempDir AppData, Local, Bin;
+  std::shared_ptr<THestrelClient> Client;
+};
+
+TEST_F(HestrelClientReplace, AnExistingFileIsReplacedWithoutEverBeingMissing) {
+  Start();
+  MakeFile(Dir() + "/small.txt", "old small");
+  MakeFile(Dir() + "/big.bin", "old big");
+  MakeFile(Local / "small.txt", "new small", 1500000000);
+  MakeFile(Local / "big.bin", std::string(2 << 20, 'b'), 1500000001);  // goes through `cat`
+  TDirectoryWatch Watch(Dir());
+  ASSERT_TRUE(Client->PutFile(Dir(), Local / "small.txt", 0, "", nullptr)) << Client->GetLastError();
+  ASSERT_TRUE(Client->PutFile(Dir(), Local / "big.bin", 0, "", nullptr)) << Client->GetLastError();
+  const TDirectoryEvents Events = Watch.Read();
+  for (const char* Name : {"small.txt", "big.bin"}) {
+    EXPECT_EQ(std::count(Events.Gone.begin(), Events.Gone.end(), Name), 0) << Name << " was removed first";
+    EXPECT_EQ(std::count(Events.Arrived.begin(), Events.Arrived.end(), Name), 1) << Name;
+  }
+  EXPECT_EQ(Slurp(Dir() + "/small.txt"), "new small");
+  EXPECT_EQ(Slurp(Dir() + "/big.bin"), std::string(2 << 20, 'b'));
+}
+
+TEST_F(HestrelClientReplace, AFailingReplacementLeavesTheOldFile) {
+  FakeProgram("mv", "echo \"mv: cannot move '$3' to '$4': Permission denied\" >&2\nexit 1\n");
+  Start();
+  MakeFile(Dir() + "/app.bin", "old");
+  MakeFile(Local / "app.bin", "new");
+  EXPECT_FALSE(Client->PutFile(Dir(), Local / "app.bin", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemotePermission, {Dir() + "/app.bin"}));
+  EXPECT_EQ(Slurp(Dir() + "/app.bin"), "old");
+  std::vector<std::string> Left = TreeOf(Dir());
+  EXPECT_EQ(std::count_if(Left.begin(), Left.end(),
+                          [](const std::string& N) { return N.find("hestrel-part") != std::string::npos; }),
+            0);
+}
+
+TEST_F(HestrelClientReplace, WithoutACommandToReplaceTheOldWayStillReplaces) {
+  Start(true);  // nothing on PATH: no mv
+  MakeFile(Dir() + "/app.bin", "old");
+  MakeFile(Local / "app.bin", "new");
+  ASSERT_TRUE(Client->PutFile(Dir(), Local / "app.bin", 0, "", nullptr)) << Client->GetLastError();
+  EXPECT_EQ(Slurp(Dir() + "/app.bin"), "new");
+}
