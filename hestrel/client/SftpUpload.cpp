@@ -93,9 +93,10 @@ bool SendBySftp(TUpload& U, std::ifstream& In) {
 }
 
 /// `cat > temp` over exec. Answers false with Error empty when the stream could not be
-/// used at all (the caller falls back to SFTP).
+/// used at all (the caller falls back to SFTP). The C locale keeps the messages that tell
+/// "disk full" and "permission denied" in English whatever the remote user's locale is.
 bool SendByStream(TUpload& U, std::ifstream& In) {
-  TExecChannel Channel(U.Ssh, "cat > " + ShellQuote(U.Temp));
+  TExecChannel Channel(U.Ssh, "LC_ALL=C; export LC_ALL; exec cat > " + ShellQuote(U.Temp));
   if (!Channel.IsStarted()) return false;
   std::vector<char> Buffer(1 << 18);
   std::int64_t Done = 0;

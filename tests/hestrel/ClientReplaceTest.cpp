@@ -117,3 +117,19 @@ TEST_F(HestrelClientReplace, WithoutACommandToReplaceTheOldWayStillReplaces) {
   ASSERT_TRUE(Client->PutFile(Dir(), Local / "app.bin", 0, "", nullptr)) << Client->GetLastError();
   EXPECT_EQ(Slurp(Dir() + "/app.bin"), "new");
 }
+
+TEST_F(HestrelClientReplace, RemoteErrorsAreRecognisedWhateverTheServersLocale) {
+  // A `cat` that speaks German unless it runs in the C locale, and whose disk is full.
+  FakeProgram("cat",
+              "/bin/cat >/dev/null\n"
+              "if [ \"$LC_ALL\" = C ]; then echo 'cat: write error: No space left on device' >&2\n"
+              "else echo 'cat: Schreibfehler: Auf dem Geraet ist kein Speicherplatz mehr verfuegbar' >&2; fi\n"
+              "exit 1\n");
+  Server.SetEnv("LANG", "de_DE.UTF-8");
+  Server.SetEnv("LC_ALL", "de_DE.UTF-8");
+  Start();
+  MakeFile(Local / "big.bin", std::string(2 << 20, 'b'));  // big: pushed through `cat`
+  EXPECT_FALSE(Client->PutFile(Dir(), Local / "big.bin", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDiskFull, {Dir() + "/big.bin"}));
+  EXPECT_FALSE(std::filesystem::exists(Dir() + "/big.bin"));
+}
