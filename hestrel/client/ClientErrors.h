@@ -15,6 +15,10 @@ inline constexpr const char sErrHostKeyChanged[] =
     "the old key from '%s'";
 inline constexpr const char sErrHostKeyCheck[] = "The host key of '%s' on port %d could not be checked: %s";
 inline constexpr const char sErrNotConnected[] = "Not connected";
+inline constexpr const char sErrInvalidHostName[] = "The host name '%s' is not valid";
+inline constexpr const char sErrInvalidUserName[] = "The user name '%s' is not valid";
+inline constexpr const char sErrSshOption[] = "The SSH option %s cannot be set: %s";
+inline constexpr const char sErrKnownHostsFile[] = "The known-hosts file '%s' cannot be used: %s";
 inline constexpr const char sErrNoHostName[] = "No host name is set";
 
 // Credentials.

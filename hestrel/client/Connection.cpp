@@ -19,22 +19,33 @@ namespace {
 constexpr const char PreferredCiphers[] =
     "aes128-gcm@openssh.com,aes256-gcm@openssh.com,chacha20-poly1305@openssh.com,aes128-ctr,aes256-ctr";
 
-void SetOptions(ssh_session Session, const TConnectRequest& Request, const std::string& User, const std::string& Host) {
+/// One option; "" or the error text (libssh keeps its default when a value is refused).
+std::string SetOption(ssh_session Session, ssh_options_e Option, const void* Value, const char* Name) {
+  if (ssh_options_set(Session, Option, Value) == SSH_OK) return "";
+  const std::string Cause = SessionError(Session);
+  return Format(sErrSshOption, {Name, Cause.empty() ? std::string("libssh refused the value") : Cause});
+}
+
+/// Every option of the session; "" or the first failure's text (the connect then fails).
+std::string SetOptions(ssh_session Session, const TConnectRequest& Request, const std::string& User,
+                       const std::string& Host) {
   const int False = 0;
   const int True = 1;
   const long Timeout = Request.Options.ConnectTimeoutSeconds;
   const unsigned Port = static_cast<unsigned>(Request.Port);
-  ssh_options_set(Session, SSH_OPTIONS_PROCESS_CONFIG, &False);  // reproducible: no ~/.ssh/config
-  ssh_options_set(Session, SSH_OPTIONS_HOST, Host.c_str());
-  ssh_options_set(Session, SSH_OPTIONS_PORT, &Port);
-  ssh_options_set(Session, SSH_OPTIONS_USER, User.c_str());
-  ssh_options_set(Session, SSH_OPTIONS_TIMEOUT, &Timeout);
-  ssh_options_set(Session, SSH_OPTIONS_NODELAY, &True);  // round trips dominate small files
-  ssh_options_set(Session, SSH_OPTIONS_CIPHERS_C_S, PreferredCiphers);
-  ssh_options_set(Session, SSH_OPTIONS_CIPHERS_S_C, PreferredCiphers);
-  if (!Request.Options.SshDirectory.empty())
-    ssh_options_set(Session, SSH_OPTIONS_SSH_DIR, Request.Options.SshDirectory.c_str());
-  UseProductKnownHosts(Session, KnownHostsPath(Request.AppDataDir));
+  // libssh refuses names that could be read as options or commands (and keeps the old value).
+  if (ssh_options_set(Session, SSH_OPTIONS_HOST, Host.c_str()) != SSH_OK) return Format(sErrInvalidHostName, {Host});
+  if (ssh_options_set(Session, SSH_OPTIONS_USER, User.c_str()) != SSH_OK) return Format(sErrInvalidUserName, {User});
+  std::string Error = SetOption(Session, SSH_OPTIONS_PROCESS_CONFIG, &False, "ProcessConfig");  // no ~/.ssh/config
+  if (Error.empty()) Error = SetOption(Session, SSH_OPTIONS_PORT, &Port, "Port");
+  if (Error.empty()) Error = SetOption(Session, SSH_OPTIONS_TIMEOUT, &Timeout, "Timeout");
+  if (Error.empty()) Error = SetOption(Session, SSH_OPTIONS_NODELAY, &True, "NoDelay");  // round trips dominate
+  if (Error.empty()) Error = SetOption(Session, SSH_OPTIONS_CIPHERS_C_S, PreferredCiphers, "Ciphers");
+  if (Error.empty()) Error = SetOption(Session, SSH_OPTIONS_CIPHERS_S_C, PreferredCiphers, "Ciphers");
+  if (Error.empty() && !Request.Options.SshDirectory.empty())
+    Error = SetOption(Session, SSH_OPTIONS_SSH_DIR, Request.Options.SshDirectory.c_str(), "SshDir");
+  if (Error.empty()) Error = UseProductKnownHosts(Session, KnownHostsPath(Request.AppDataDir));
+  return Error;
 }
 
 /// TCP keepalive: an idle connection to a host that vanished is found dead (and the next
@@ -84,7 +95,7 @@ TConnectResult OpenConnection(const TConnectRequest& Request) {
     Result.Error = "libssh cannot create a session";
     return Result;
   }
-  SetOptions(Session.get(), Request, User, Host);
+  if (Result.Error = SetOptions(Session.get(), Request, User, Host); !Result.Error.empty()) return Result;
   if (ssh_connect(Session.get()) != SSH_OK) return ConnectFailure(SessionError(Session.get()), Host, Request.Port);
   KeepAlive(Session.get());
   Result.Error = VerifyHostKey(Session.get(), Host, Request.Port, KnownHostsPath(Request.AppDataDir));
@@ -92,7 +103,8 @@ TConnectResult OpenConnection(const TConnectRequest& Request) {
     Result.Error = Authenticate(Session.get(), Request.Credential, Request.AppDataDir, User, Host, Request.Port);
   if (!Result.Error.empty()) return Result;
   const long Timeout = Request.Options.OperationTimeoutSeconds;
-  ssh_options_set(Session.get(), SSH_OPTIONS_TIMEOUT, &Timeout);
+  if (Result.Error = SetOption(Session.get(), SSH_OPTIONS_TIMEOUT, &Timeout, "Timeout"); !Result.Error.empty())
+    return Result;
   Result.Session = std::move(Session);
   return Result;
 }

@@ -11,11 +11,13 @@ namespace hestrel {
 std::string KnownHostsPath(const std::string& AppDataDir);
 
 /// Points the session at the product's known-hosts file only (never the user's or the
-/// system's). Call before ssh_connect.
-void UseProductKnownHosts(ssh_session Session, const std::string& KnownHostsFile);
+/// system's). Call before ssh_connect. Answers "" or the error text: libssh would otherwise
+/// fall back to ~/.ssh/known_hosts without a word.
+std::string UseProductKnownHosts(ssh_session Session, const std::string& KnownHostsFile);
 
-/// After ssh_connect: a first-seen host's key is recorded; a known host must show the
-/// recorded key. Answers "" when the key is accepted, else the error text.
+/// After ssh_connect: the files libssh really uses must be the product's (else the error
+/// text); a first-seen host's key is recorded; a known host must show the recorded key.
+/// Answers "" when the key is accepted, else the error text.
 std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port,
                           const std::string& KnownHostsFile);
 

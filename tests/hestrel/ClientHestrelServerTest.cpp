@@ -74,6 +74,35 @@ TEST_F(HestrelClientWithServer, WrongPasswordFailsAuthentication) {
   EXPECT_EQ(Listener.RetryCalls, 0);
 }
 
+TEST_F(HestrelClientWithServer, AUserNameLibsshRefusesFailsTheConnect) {
+  // libssh refuses this name and would log in as the local user instead.
+  auto Client = MakeClient({Server.Password(), true, false}, "a;b@127.0.0.1");
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrInvalidUserName, {"a;b"}));
+  EXPECT_FALSE(Client->IsConnected());
+}
+
+TEST_F(HestrelClientWithServer, AHostNameLibsshRefusesFailsTheConnect) {
+  TScriptedConnectionListener Retry;
+  Retry.RetriesGranted = 3;
+  auto Client = MakeClient({Server.Password(), true, false}, "bad host!");
+  EXPECT_FALSE(Client->Connect(&Retry));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrInvalidHostName, {"bad host!"}));
+  EXPECT_EQ(Retry.RetryCalls, 0);
+}
+
+TEST_F(HestrelClientWithServer, KnownHostsFileStaysInAnApplicationDirectoryWithAPercentSign) {
+  // libssh expands %d (the SSH directory), %u, ... in the known-hosts path.
+  const std::string Dir = AppData / "app%d";
+  THestrelClient Client("p", Dir);
+  Client.SetHostName("127.0.0.1");
+  Client.SetPort(Server.Port());
+  Client.SetCredential({Server.Password(), true, false});
+  ASSERT_TRUE(Client.Connect(nullptr)) << Client.GetLastError();
+  EXPECT_NE(Slurp(KnownHostsPath(Dir)).find("[127.0.0.1]:" + std::to_string(Server.Port())), std::string::npos);
+  EXPECT_EQ(TreeOf(Dir), std::vector<std::string>{"known_hosts"});
+}
+
 TEST_F(HestrelClientWithServer, PullsATreeAndSkipsItWhenUnchanged) {
   for (int I = 0; I < 20; ++I)
     MakeFile((Server.Dir() / "sdk/inc" / ("f" + std::to_string(I) + ".h")).string(), std::string(I * 50, 'h'),
