@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,12 @@ struct TPlannedFile {
   bool Done = false;  ///< copied (or given up): no further attempt
 };
 
+/// A remote directory of the tree: its path and its components below the tree root.
+struct TRemoteDirectory {
+  std::string Remote;
+  std::vector<std::string> Components;
+};
+
 /// What a pull does with an entry of the tree (relative path split in components).
 enum class TFilterAnswer : std::uint8_t { Skip, Take, Descend };
 using TEntryFilter = std::function<TFilterAnswer(const std::vector<std::string>& Components, TRemoteType Type)>;
@@ -50,6 +57,11 @@ struct TDownloadContext {
   bool ListedByFind = false;  ///< the tree was listed with one find
   std::string LastError;
 
+  /// What the fresh tree stream already decided, so that a listing after it asks nothing twice.
+  std::vector<TRemoteDirectory> StreamEntered;  ///< directories entered, in stream order (the root first)
+  std::set<std::string> StreamEnteredPaths;     ///< ... the same, by remote path
+  std::set<std::string> StreamHandled;          ///< files and links decided (copied, declined, refused)
+
   /// A failing file: counted, remembered, and the listener asked whether to go on; when
   /// the link was cut for silence the pull stops without asking (nothing more can come).
   void Fail(const std::string& RemoteFile, const std::string& Error);
@@ -63,9 +75,16 @@ struct TDownloadContext {
 /// Lists the tree below TreeRoot (normalised remote path) and decides every entry:
 /// identical files are skipped silently, symbolic links inside the tree are mirrored as
 /// local relative links, those pointing out are refused, other files are asked about
-/// (Accept, Overwrite) and planned. False when TreeRoot itself cannot be listed.
+/// (Accept, Overwrite) and planned. False when TreeRoot itself cannot be listed. What the
+/// fresh stream already decided (StreamEntered, StreamHandled) is not asked again.
 bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
               std::vector<TPlannedFile>& Plan);
+
+/// After the iteration refused a directory during the fresh stream: plans the files and
+/// links of the directories the stream had entered that it had not reached yet, without
+/// descending or asking EnterDirectory again, so the pull ends as the listing would have.
+bool PlanStreamRemainder(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+                         std::vector<TPlannedFile>& Plan);
 
 /// Asks Accept and, when a different local file exists, Overwrite; identical files (same
 /// size and modification time) answer false without a question. True: copy it.
@@ -80,12 +99,17 @@ bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote,
 void MirrorLinkTarget(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,
                       const std::string& Remote, const std::string& Local, const std::string& Target);
 
+/// How the fresh tree stream ended.
+enum class TTreeStreamEnd : std::uint8_t {
+  Complete,    ///< every entry came (or the listener cancelled): the pull is done
+  Incomplete,  ///< it could not run, ended early or met a hard link: a listing completes it
+  Refused,     ///< the iteration refused a directory: PlanStreamRemainder ends the pull
+};
+
 /// A fresh pull of a whole tree as one `tar` stream of TreeRoot, without listing it first.
 /// Every entry is checked (safe relative name, Filter, links inside the tree) before anything
-/// is written. Answers true when the stream was complete (or the listener cancelled); false
-/// when it could not run, ended early or an iteration refused a directory: the caller then
-/// completes the pull by listing (files already copied are identical and skipped).
-bool TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter);
+/// is written; what was decided is recorded in the context (StreamEntered, StreamHandled).
+TTreeStreamEnd TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter);
 
 /// Fetches planned files whole (temporary name, rename, modification time kept): a tar
 /// stream for many files when allowed, SFTP for the rest.

@@ -40,15 +40,6 @@ void TDownloadContext::Cancel() {
   LastError = sErrCancelled;
 }
 
-namespace {
-
-struct TDirectoryToVisit {
-  std::string Remote;
-  std::vector<std::string> Components;  ///< relative to the tree root
-};
-
-}  // namespace
-
 bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
                const TRemoteEntry& Entry) {
   std::int64_t LocalSize = 0, LocalTime = 0;
@@ -110,17 +101,19 @@ void MirrorLink(TDownloadContext& Context, const std::string& TreeRoot, const st
   MirrorLinkTarget(Context, TreeRoot, RemoteDir, Remote, Local, Target.get());
 }
 
-void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDirectoryToVisit& Dir,
-               const TRemoteEntry& Entry, const TEntryFilter& Filter, std::vector<TDirectoryToVisit>& Pending,
+/// Pending: where subdirectories to descend into go (nullptr: no descent).
+void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TRemoteDirectory& Dir,
+               const TRemoteEntry& Entry, const TEntryFilter& Filter, std::vector<TRemoteDirectory>* Pending,
                std::vector<TPlannedFile>& Plan) {
   const std::string Remote = JoinRemote(Dir.Remote, Entry.Name);
+  if (Entry.Type != TRemoteType::Directory && Context.StreamHandled.count(Remote)) return;  // decided already
   if (!IsSafeEntryName(Entry.Name)) return Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
   std::vector<std::string> Components = Dir.Components;
   Components.push_back(Entry.Name);
   const TFilterAnswer Answer = Filter(Components, Entry.Type);
   if (Answer == TFilterAnswer::Skip) return;
   if (Entry.Type == TRemoteType::Directory) {
-    if (Answer == TFilterAnswer::Descend) Pending.push_back({Remote, std::move(Components)});
+    if (Answer == TFilterAnswer::Descend && Pending) Pending->push_back({Remote, std::move(Components)});
     return;
   }
   std::string Local;
@@ -133,10 +126,11 @@ void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TDi
   Plan.push_back({Remote, Relative, Local, Entry.Size, Entry.Modified, false});
 }
 
-}  // namespace
-
-bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
-              std::vector<TPlannedFile>& Plan) {
+/// Lists and plans the directories of Pending (the last first); Descend: subdirectories are
+/// added as they are met and entered after EnterDirectory (not asked for the first
+/// directory, nor for those the stream entered).
+bool PlanDirectories(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+                     std::vector<TRemoteDirectory> Pending, bool Descend, std::vector<TPlannedFile>& Plan) {
   // One find for the whole tree when the server has GNU find; SFTP per directory otherwise
   // (and for any directory the find listing does not hold).
   TTreeListing Tree;
@@ -150,13 +144,14 @@ bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEnt
     }
     return ListRemoteDirectory(Context.Sftp, Dir, Entries, Error);
   };
-  std::vector<TDirectoryToVisit> Pending{{TreeRoot, {}}};
   std::vector<TRemoteEntry> Entries;
   bool First = true;
   while (!Pending.empty() && !Context.Stopped) {
-    TDirectoryToVisit Dir = std::move(Pending.back());
+    TRemoteDirectory Dir = std::move(Pending.back());
     Pending.pop_back();
-    if (!First && Context.Iteration && !Context.Iteration->EnterDirectory(Dir.Remote)) break;
+    if (!First && Descend && Context.Iteration && !Context.StreamEnteredPaths.count(Dir.Remote) &&
+        !Context.Iteration->EnterDirectory(Dir.Remote))
+      break;
     std::string Error;
     if (!List(Dir.Remote, Entries, Error)) {
       if (First) {
@@ -170,11 +165,24 @@ bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEnt
     const size_t Before = Pending.size();
     for (const auto& Entry : Entries) {
       if (Context.Stopped) break;
-      PlanEntry(Context, TreeRoot, Dir, Entry, Filter, Pending, Plan);
+      PlanEntry(Context, TreeRoot, Dir, Entry, Filter, Descend ? &Pending : nullptr, Plan);
     }
     std::reverse(Pending.begin() + static_cast<std::ptrdiff_t>(Before), Pending.end());  // listing order
   }
   return true;
+}
+
+}  // namespace
+
+bool PlanTree(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+              std::vector<TPlannedFile>& Plan) {
+  return PlanDirectories(Context, TreeRoot, Filter, {{TreeRoot, {}}}, true, Plan);
+}
+
+bool PlanStreamRemainder(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter,
+                         std::vector<TPlannedFile>& Plan) {
+  std::vector<TRemoteDirectory> Entered(Context.StreamEntered.rbegin(), Context.StreamEntered.rend());
+  return PlanDirectories(Context, TreeRoot, Filter, std::move(Entered), false, Plan);
 }
 
 }  // namespace hestrel

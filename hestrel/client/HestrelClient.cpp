@@ -170,13 +170,19 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
       Plan.push_back({Root, Root.substr(Root.find_last_of('/') + 1), Local, Top.Size, Top.Modified, false});
   } else {
     // Nothing local to compare with: one tar stream of the whole tree, no listing. Whatever
-    // it could not bring (no tar, an error on the way) the listing pass below completes.
-    if (AllowStream && Context.Options.UseTarStream && LocalTreeIsEmpty(Local) && TarTreePull(Context, Root, Filter)) {
+    // it could not bring (no tar, an error on the way) the listing pass below completes; a
+    // directory the iteration refused ends the pull as the listing would have.
+    TTreeStreamEnd Stream = TTreeStreamEnd::Incomplete;
+    if (AllowStream && Context.Options.UseTarStream && LocalTreeIsEmpty(Local))
+      Stream = TarTreePull(Context, Root, Filter);
+    if (Stream == TTreeStreamEnd::Complete) {
       Error = Context.LastError;
       return Context.Failures == 0 && !Context.Cancelled;
     }
     if (Context.LinkCut()) return false;  // the server stopped answering: nothing more can come
-    if (!Context.Stopped && !PlanTree(Context, Root, Filter, Plan)) {
+    const bool Planned = Context.Stopped || (Stream == TTreeStreamEnd::Refused ? PlanStreamRemainder(Context, Root, Filter, Plan)
+                                                                              : PlanTree(Context, Root, Filter, Plan));
+    if (!Planned) {
       Error = Context.LastError;
       return false;
     }

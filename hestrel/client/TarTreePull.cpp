@@ -71,6 +71,7 @@ bool HandleEntry(TTreeStream& S, TTarReader& Reader, const TTarEntry& Entry) {
   if (Name.empty() || Name == ".") return true;  // the root itself
   const std::string Remote = JoinRemote(S.Root, Name);
   if (!IsSafeRelativePath(Name)) {
+    S.Context.StreamHandled.insert(Remote);
     S.Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
     return true;
   }
@@ -84,27 +85,40 @@ bool HandleEntry(TTreeStream& S, TTarReader& Reader, const TTarEntry& Entry) {
   const TFilterAnswer Answer = S.Filter(C, Type);
   if (Type == TRemoteType::Directory) {
     S.Descended[Name] = Answer == TFilterAnswer::Descend;
-    if (Answer == TFilterAnswer::Descend && S.Context.Iteration && !S.Context.Iteration->EnterDirectory(Remote))
+    if (Answer != TFilterAnswer::Descend) return true;
+    if (S.Context.Iteration && !S.Context.Iteration->EnterDirectory(Remote)) {
       S.IterationStopped = true;
+      return true;
+    }
+    S.Context.StreamEntered.push_back({Remote, C});
+    S.Context.StreamEnteredPaths.insert(Remote);
     return true;
   }
   std::string Local;
   if (Answer == TFilterAnswer::Skip || !LocalPathUnderRoot(S.Context.SysRoot, Remote, Local)) return true;
   if (Type == TRemoteType::SymLink) {
+    S.Context.StreamHandled.insert(Remote);
     MirrorLinkTarget(S.Context, S.Root, Remote.substr(0, Remote.find_last_of('/')), Remote, Local, Entry.LinkName);
     return true;
   }
   const TRemoteEntry Listed{Name, Type, Entry.Size, Entry.Modified, ""};
-  if (!AskToCopy(S.Context, Remote, Local, Listed) || !PrepareLocalDirectory(S.Context, Remote, Local)) return true;
+  if (!AskToCopy(S.Context, Remote, Local, Listed) || !PrepareLocalDirectory(S.Context, Remote, Local)) {
+    S.Context.StreamHandled.insert(Remote);  // declined, identical or reported
+    return true;
+  }
   TPlannedFile File{Remote, Name, Local, Entry.Size, Entry.Modified, false};
-  return ExtractTarEntry(S.Context, Reader, Entry, File);
+  const bool Intact = ExtractTarEntry(S.Context, Reader, Entry, File);
+  if (File.Done) S.Context.StreamHandled.insert(Remote);  // else the stream broke: a listing fetches it
+  return Intact;
 }
 
 }  // namespace
 
-bool TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter) {
+TTreeStreamEnd TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const TEntryFilter& Filter) {
   TExecChannel Channel(Context.Ssh, "cd " + ShellQuote(TreeRoot) + " && exec tar -cf - .");
-  if (!Channel.IsStarted()) return false;
+  if (!Channel.IsStarted()) return TTreeStreamEnd::Incomplete;
+  Context.StreamEntered.push_back({TreeRoot, {}});
+  Context.StreamEnteredPaths.insert(TreeRoot);
   TTreeStream Stream{Context, TreeRoot, Filter, {}, false, false};
   TTarReader Reader(Channel);
   TTarEntry Entry;
@@ -112,12 +126,13 @@ bool TarTreePull(TDownloadContext& Context, const std::string& TreeRoot, const T
     if (!HandleEntry(Stream, Reader, Entry)) break;
   if (Context.Stopped || Stream.IterationStopped) {
     Channel.Abort();
-    // Cancelled: the pull ends here. A refused directory: the listing pass ends the walk
-    // the way it always does (files listed before the refusal still come).
-    return !Stream.IterationStopped;
+    // Cancelled: the pull ends here. A refused directory: the walk ends as the listing's
+    // does, with the files of the directories entered before (PlanStreamRemainder).
+    return Context.Stopped ? TTreeStreamEnd::Complete : TTreeStreamEnd::Refused;
   }
   const int Status = Channel.Finish();
-  return Reader.IsComplete() && Status == 0 && !Stream.Incomplete;
+  return Reader.IsComplete() && Status == 0 && !Stream.Incomplete ? TTreeStreamEnd::Complete
+                                                                  : TTreeStreamEnd::Incomplete;
 }
 
 }  // namespace hestrel

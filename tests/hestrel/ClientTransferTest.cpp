@@ -302,3 +302,58 @@ TEST_P(HestrelClientTransfer, RemotePathNamingAFilePullsThatFile) {
   EXPECT_TRUE(Again.Accepted.empty());
   EXPECT_EQ(Again.BytesCopiedCalls, 0);
 }
+
+namespace {
+
+/// Answers yes to the first Yes questions, then no; records every question.
+class TLimitedIteration : public IFileIteration {
+ public:
+  explicit TLimitedIteration(std::size_t Yes) : FYes(Yes) {}
+  std::vector<std::string> Entered;
+  bool EnterDirectory(const std::string& Dir) override {
+    Entered.push_back(Dir);
+    return Entered.size() <= FYes;
+  }
+
+ private:
+  std::size_t FYes;
+};
+
+std::vector<std::string> Sorted(std::vector<std::string> Names) {
+  std::sort(Names.begin(), Names.end());
+  return Names;
+}
+
+bool HasDuplicates(const std::vector<std::string>& Names) {
+  const auto S = Sorted(Names);
+  return std::adjacent_find(S.begin(), S.end()) != S.end();
+}
+
+}  // namespace
+
+TEST_P(HestrelClientTransfer, ARefusedDirectoryEndsTheWalkAsTheListingDoesAskingEachQuestionOnce) {
+  for (const char* Name : {"inc/a.h", "inc/b.h", "inc/d1/x.h", "inc/d1/e/y.h", "inc/d2/z.h", "inc/d3/w.h", "inc/z.h"})
+    MakeFile(R(Name), Name);
+  TLimitedIteration Iteration(2);  // 4 directories below the root: the third question is refused
+  ASSERT_TRUE(Client->GetFiles(R("inc"), true, "", &Iteration, &Listener)) << Client->GetLastError();
+  EXPECT_EQ(Iteration.Entered.size(), 3u) << ::testing::PrintToString(Iteration.Entered);
+  EXPECT_FALSE(HasDuplicates(Iteration.Entered));
+  EXPECT_FALSE(HasDuplicates(Listener.Accepted));
+
+  // The same pull over SFTP only, with the same answers, gives the same questions and files.
+  THestrelClientOptions Options = Sshd->Options();
+  Options.UseTarStream = Options.UseFindListing = false;
+  THestrelClient Reference("reference", AppData.Path().string(), Options);
+  Reference.SetHostName("127.0.0.1");
+  Reference.SetPort(Sshd->Port());
+  Reference.SetCredential({"", true, false});
+  TTempDir ReferenceRoot;
+  Reference.SetSysRoot(ReferenceRoot.Path().string());
+  ASSERT_TRUE(Reference.Connect(nullptr)) << Reference.GetLastError();
+  TLimitedIteration ReferenceIteration(2);
+  TRecordingListener ReferenceListener;
+  ASSERT_TRUE(Reference.GetFiles(R("inc"), true, "", &ReferenceIteration, &ReferenceListener));
+  EXPECT_EQ(Iteration.Entered, ReferenceIteration.Entered);
+  EXPECT_EQ(Sorted(Listener.Accepted), Sorted(ReferenceListener.Accepted));
+  EXPECT_EQ(TreeOf(L("inc")), TreeOf(ReferenceRoot.Path().string() + R("inc")));
+}
