@@ -108,7 +108,9 @@ auto THestrelClient::Watched(TBody&& Body) {
   return Result;
 }
 
-bool THestrelClient::IsConnected() const { return FSession && ssh_is_connected(FSession.get()); }
+bool THestrelClient::IsConnected() const {
+  return FSession && SessionAlive(FSession.get()) && !(FWatch && FWatch->WasCut());
+}
 
 bool THestrelClient::RequireSession() {
   if (IsConnected()) return true;

@@ -1,6 +1,11 @@
 // Hestrel client (Parts 3.1 to 3.5): libssh handle owners.
 #include "client/Session.h"
 
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
 namespace hestrel {
 
 void TSshSessionFree::operator()(ssh_session S) const noexcept {
@@ -14,6 +19,21 @@ void TSshChannelFree::operator()(ssh_channel C) const noexcept {
     ssh_channel_close(C);
   }
   ssh_channel_free(C);
+}
+
+bool SessionAlive(ssh_session Session) {
+  if (!Session || !ssh_is_connected(Session) || (ssh_get_status(Session) & (SSH_CLOSED | SSH_CLOSED_ERROR))) return false;
+  const int Fd = ssh_get_fd(Session);
+  if (Fd < 0) return false;
+  pollfd Poll{Fd, POLLIN | POLLRDHUP, 0};
+  if (poll(&Poll, 1, 0) < 0) return true;  // cannot tell: let the operation find out
+  if (Poll.revents & (POLLERR | POLLHUP | POLLRDHUP | POLLNVAL)) return false;
+  if (Poll.revents & POLLIN) {  // data, or the end of the stream
+    char Byte;
+    const ssize_t N = recv(Fd, &Byte, 1, MSG_PEEK | MSG_DONTWAIT);
+    if (N == 0 || (N < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)) return false;
+  }
+  return true;
 }
 
 std::string SessionError(ssh_session Session) {

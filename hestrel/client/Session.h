@@ -41,6 +41,10 @@ using TSftpDirPtr = std::unique_ptr<sftp_dir_struct, TSftpDirClose>;
 using TSftpAttributesPtr = std::unique_ptr<sftp_attributes_struct, TSftpAttributesFree>;
 using TSshKeyPtr = std::unique_ptr<ssh_key_struct, TSshKeyFree>;
 
+/// True when Session is connected and its socket has neither ended nor failed (no round
+/// trip: a server process that died or a connection the network dropped shows here).
+bool SessionAlive(ssh_session Session);
+
 /// libssh's last error text of the session (never null).
 std::string SessionError(ssh_session Session);
 

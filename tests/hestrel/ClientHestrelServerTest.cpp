@@ -1,6 +1,7 @@
 // Hestrel client against the project's own `hestrel` server (password authentication with
 // the server's password, any user name): connect, credentials, transfers, queries, run.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -101,6 +102,53 @@ TEST_F(HestrelClientWithServer, KnownHostsFileStaysInAnApplicationDirectoryWithA
   ASSERT_TRUE(Client.Connect(nullptr)) << Client.GetLastError();
   EXPECT_NE(Slurp(KnownHostsPath(Dir)).find("[127.0.0.1]:" + std::to_string(Server.Port())), std::string::npos);
   EXPECT_EQ(TreeOf(Dir), std::vector<std::string>{"known_hosts"});
+}
+
+namespace {
+
+/// Waits (at most 5 s) until Pid has ended (gone or a zombie: its sockets are closed).
+void WaitUntilEnded(pid_t Pid) {
+  const std::string Stat = "/proc/" + std::to_string(Pid) + "/stat";
+  for (int I = 0; I < 500; ++I) {
+    const std::string Text = Slurp(Stat);
+    const auto Close = Text.rfind(')');
+    if (Text.empty() || (Close != std::string::npos && Text.compare(Close + 2, 1, "Z") == 0)) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the FIN on loopback
+}
+
+}  // namespace
+
+TEST_F(HestrelClientWithServer, ConnectReplacesASessionWhoseServerProcessDied) {
+  auto Client = Connected();
+  const std::vector<pid_t> Before = ChildrenOf(Server.Pid());
+  ASSERT_EQ(Before.size(), 1u);
+  ASSERT_EQ(::kill(Before.front(), SIGKILL), 0);  // the connection's process; the listener lives on
+  WaitUntilEnded(Before.front());
+  EXPECT_FALSE(Client->IsConnected());
+  ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  EXPECT_TRUE(Client->DirExists(Server.Dir().string())) << Client->GetLastError();
+  const std::vector<pid_t> After = ChildrenOf(Server.Pid());
+  ASSERT_EQ(After.size(), 1u);
+  EXPECT_NE(After.front(), Before.front());
+}
+
+TEST_F(HestrelClientWithServer, ConnectAfterTheServerStoppedReachesTheNewServer) {
+  auto Client = Connected();
+  const std::int64_t OldPort = Server.Port();
+  const std::vector<pid_t> Before = ChildrenOf(Server.Pid());
+  ASSERT_EQ(Server.Stop(), 0);
+  for (const pid_t Pid : Before) WaitUntilEnded(Pid);
+  EXPECT_FALSE(Client->Connect(nullptr));  // a stale session is not "connected"
+  EXPECT_EQ(Client->GetLastError(), Format(sErrConnectionRefused, {"127.0.0.1", OldPort}));
+  TTestServer Next;
+  ASSERT_TRUE(Next.Start()) << Next.Log();
+  Client->SetPort(Next.Port());
+  Client->SetCredential({Next.Password(), true, false});
+  ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  EXPECT_TRUE(Client->DirExists(Next.Dir().string())) << Client->GetLastError();
+  EXPECT_EQ(ChildrenOf(Next.Pid()).size(), 1u);
 }
 
 TEST_F(HestrelClientWithServer, PullsATreeAndSkipsItWhenUnchanged) {
