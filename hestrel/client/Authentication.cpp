@@ -1,11 +1,14 @@
 // Hestrel client (Part 3.1, connecting): authentication (see Authentication.h).
 #include "client/Authentication.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sodium.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 #include "client/ClientErrors.h"
 #include "client/PasswordCipher.h"
@@ -33,6 +36,41 @@ std::string LocalLoginName() {
 
 namespace {
 
+/// A password file is read up to this size; its first line must end within it.
+constexpr std::size_t MaxPasswordFileBytes = 64 * 1024;
+
+/// The first line of File (one trailing CR dropped) into Clear; "" or the error text. The
+/// bytes go straight from read(2) into Clear's one buffer, sized once and never grown (no
+/// stream buffer, no reallocation), so no copy outlives Clear's wipe whatever the length.
+std::string ReadPasswordLine(const std::string& File, TSecretText& Clear) {
+  const int Fd = open(File.c_str(), O_RDONLY | O_CLOEXEC);
+  if (Fd < 0) return Format(sErrPasswordFile, {File});
+  std::string& Buffer = Clear.Mutable();
+  Buffer.assign(MaxPasswordFileBytes, '\0');
+  std::size_t Size = 0;
+  bool Failed = false;
+  while (Size < Buffer.size()) {
+    const ssize_t N = read(Fd, Buffer.data() + Size, Buffer.size() - Size);
+    if (N < 0 && errno == EINTR) continue;
+    if (N <= 0) {
+      Failed = N < 0;
+      break;
+    }
+    Size += static_cast<std::size_t>(N);
+    if (std::memchr(Buffer.data() + Size - static_cast<std::size_t>(N), '\n', static_cast<std::size_t>(N))) break;
+  }
+  close(Fd);
+  const auto End = Buffer.begin() + static_cast<std::ptrdiff_t>(Size);
+  const auto Eol = std::find(Buffer.begin(), End, '\n');
+  if (Failed || (Eol == End && Size == Buffer.size())) {  // unreadable, or no line end in reach
+    Clear.Wipe();
+    return Format(sErrPasswordFile, {File});
+  }
+  Buffer.resize(static_cast<std::size_t>(Eol - Buffer.begin()));  // shrinking keeps the buffer
+  if (!Buffer.empty() && Buffer.back() == '\r') Buffer.pop_back();
+  return "";
+}
+
 /// The clear password of the credential, into Clear; "" or the error text.
 std::string ObtainPassword(const TRACredential& Credential, const std::string& KeyDirectory, TSecretText& Clear) {
   if (Credential.IsPassword) {
@@ -45,12 +83,7 @@ std::string ObtainPassword(const TRACredential& Credential, const std::string& K
     return Cipher.Decrypt(Credential.PasswordOrFile, Clear) ? "" : Cipher.GetLastError();
   }
   if (Credential.PasswordOrFile.empty()) return "";
-  std::ifstream In(Credential.PasswordOrFile, std::ios::binary);
-  if (!In) return Format(sErrPasswordFile, {Credential.PasswordOrFile});
-  Clear.Mutable().reserve(256);  // one buffer, so no unwiped copy is left behind by growth
-  std::getline(In, Clear.Mutable());
-  if (!Clear.Get().empty() && Clear.Get().back() == '\r') Clear.Mutable().pop_back();
-  return "";
+  return ReadPasswordLine(Credential.PasswordOrFile, Clear);
 }
 
 int KeyboardInteractive(ssh_session Session, const std::string& Password) {

@@ -1,12 +1,16 @@
 // Hestrel client against a real OpenSSH sshd on loopback: connecting, host keys,
 // authentication failures, unreachable hosts and the retry listener.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sodium.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
+#include <fstream>
 
 #include "ClientTestSupport.h"
 #include "client/ClientErrors.h"
@@ -183,4 +187,68 @@ TEST_F(HestrelClientConnect, OperationsWithoutAConnectionFailWithNotConnected) {
   EXPECT_EQ(Client->GetLastError(), sErrNotConnected);
   EXPECT_EQ(Client->GetEnv(), nullptr);
   EXPECT_FALSE(Client->DirExists("/"));
+}
+
+namespace {
+
+constexpr unsigned char Mask = 0x5a;  // the searched bytes are kept masked, so the test holds no copy
+
+/// Counts the places in this process's writable memory (heap, anonymous maps, stacks, data)
+/// that hold the bytes whose masked form is Masked.
+int CopiesInMemory(const std::vector<unsigned char>& Masked) {
+  std::ifstream Maps("/proc/self/maps");
+  int Found = 0;
+  for (std::string Line; std::getline(Maps, Line);) {
+    unsigned long Begin = 0, End = 0;
+    char Perms[5] = {};
+    if (std::sscanf(Line.c_str(), "%lx-%lx %4s", &Begin, &End, Perms) != 3 || std::strncmp(Perms, "rw", 2) != 0)
+      continue;
+    const auto* Bytes = reinterpret_cast<const unsigned char*>(Begin);
+    const std::size_t Size = End - Begin;
+    for (std::size_t I = 0; I + Masked.size() <= Size; ++I) {
+      std::size_t J = 0;
+      while (J < Masked.size() && (Bytes[I + J] ^ Mask) == Masked[J]) ++J;
+      if (J == Masked.size()) ++Found;
+    }
+  }
+  return Found;
+}
+
+}  // namespace
+
+TEST_F(HestrelClientConnect, ALongPasswordFileLineLeavesNoCopyInMemory) {
+  // 20,000 random letters, longer than any stream buffer; written with write(2) and wiped, so
+  // only the client's reading can leave copies behind. Three slices of it are looked for.
+  std::vector<unsigned char> Password(20000);
+  for (auto& C : Password) C = static_cast<unsigned char>('a' + randombytes_uniform(26));
+  std::vector<std::vector<unsigned char>> Slices;
+  for (const std::size_t At : {300u, 8500u, 17000u}) {
+    Slices.emplace_back(Password.begin() + At, Password.begin() + At + 64);
+    for (auto& C : Slices.back()) C ^= Mask;
+  }
+  const std::string File = AppData / "password";
+  const int Fd = ::open(File.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  ASSERT_GE(Fd, 0);
+  ASSERT_EQ(::write(Fd, Password.data(), Password.size()), static_cast<ssize_t>(Password.size()));
+  ASSERT_EQ(::write(Fd, "\nsecond line\n", 13), 13);
+  ::close(Fd);
+  sodium_memzero(Password.data(), Password.size());
+  for (const auto& Slice : Slices) ASSERT_EQ(CopiesInMemory(Slice), 0);
+  {
+    auto Client = MakeClient();  // this sshd takes keys only: the password is read, never sent
+    Client->SetCredential({File, false, false});
+    EXPECT_FALSE(Client->Connect(nullptr));
+  }
+  int Copies = 0;
+  for (const auto& Slice : Slices) Copies += CopiesInMemory(Slice);
+  EXPECT_EQ(Copies, 0);
+}
+
+TEST_F(HestrelClientConnect, APasswordFileWithoutALineEndWithinReachIsRefused) {
+  const std::string File = AppData / "huge";
+  MakeFile(File, std::string(70000, 'p'));
+  auto Client = MakeClient();
+  Client->SetCredential({File, false, false});
+  EXPECT_FALSE(Client->Connect(nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrPasswordFile, {File}));
 }
