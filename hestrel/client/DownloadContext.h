@@ -61,6 +61,11 @@ struct TDownloadContext {
   std::vector<TRemoteDirectory> StreamEntered;  ///< directories entered, in stream order (the root first)
   std::set<std::string> StreamEnteredPaths;     ///< ... the same, by remote path
   std::set<std::string> StreamHandled;          ///< files and links decided (copied, declined, refused)
+  std::set<std::string> Swept;  ///< local directories already rid of stale temporary files
+
+  /// First write into the local directory Dir in this pull: removes the temporary files a
+  /// killed process left there (older than StaleTemporarySeconds).
+  void SweepOnce(const std::string& Dir);
 
   /// A failing file: counted, remembered, and the listener asked whether to go on; when
   /// the link was cut for silence the pull stops without asking (nothing more can come).

@@ -28,6 +28,10 @@ void TDownloadContext::Fail(const std::string& RemoteFile, const std::string& Er
 
 bool TDownloadContext::LinkCut() const { return Watch && Watch->WasCut(); }
 
+void TDownloadContext::SweepOnce(const std::string& Dir) {
+  if (Swept.insert(Dir).second) RemoveStaleTemporaryFiles(Dir);
+}
+
 bool TDownloadContext::Progress(const std::string& Remote, const std::string& Local, std::int64_t Done,
                                 std::int64_t Total) {
   if (Listener && Listener->BytesCopied(Remote, Remote, Local, Done, Total, nullptr) == 2) Cancel();
@@ -66,6 +70,7 @@ bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote,
     Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
     return false;
   }
+  Context.SweepOnce(Dir);
   return true;
 }
 

@@ -1,6 +1,7 @@
 // Hestrel client (Part 3.3, GetFiles): local paths (see LocalPaths.h).
 #include "client/LocalPaths.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sodium.h>
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <vector>
 
 #include "client/ClientErrors.h"
@@ -185,6 +187,38 @@ bool TLocalTempFile::Commit(std::int64_t ModifiedSeconds) {
   }
   FCommitted = true;
   return true;
+}
+
+namespace {
+constexpr std::string_view TemporarySuffix = ".hestrel-part";
+constexpr std::size_t TagDigits = 8;
+}  // namespace
+
+bool IsTemporaryName(std::string_view Name) {
+  // "." NAME "." 8 hex digits ".hestrel-part"
+  if (Name.size() < 1 + 1 + 1 + TagDigits + TemporarySuffix.size() || Name.front() != '.' ||
+      Name.substr(Name.size() - TemporarySuffix.size()) != TemporarySuffix)
+    return false;
+  const std::string_view Tag = Name.substr(Name.size() - TemporarySuffix.size() - TagDigits, TagDigits);
+  for (const char C : Tag)
+    if (!((C >= '0' && C <= '9') || (C >= 'a' && C <= 'f'))) return false;
+  return Name[Name.size() - TemporarySuffix.size() - TagDigits - 1] == '.';
+}
+
+int RemoveStaleTemporaryFiles(const std::string& Dir, std::int64_t MaxAgeSeconds) {
+  DIR* Handle = opendir(Dir.c_str());
+  if (!Handle) return 0;
+  const std::int64_t Oldest = static_cast<std::int64_t>(time(nullptr)) - MaxAgeSeconds;
+  int Removed = 0;
+  while (const dirent* Entry = readdir(Handle)) {
+    if (!IsTemporaryName(Entry->d_name)) continue;
+    struct stat St;
+    if (fstatat(dirfd(Handle), Entry->d_name, &St, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(St.st_mode) &&
+        St.st_mtim.tv_sec < Oldest && unlinkat(dirfd(Handle), Entry->d_name, 0) == 0)
+      ++Removed;
+  }
+  closedir(Handle);
+  return Removed;
 }
 
 std::string LocalErrorText(const std::string& File, int Errno) {

@@ -71,6 +71,17 @@ class TLocalTempFile {
   bool FCommitted = false;
 };
 
+/// True for a name TLocalTempFile gives: ".NAME.XXXXXXXX.hestrel-part", NAME not empty and
+/// XXXXXXXX eight lowercase hexadecimal digits.
+bool IsTemporaryName(std::string_view Name);
+
+/// Temporary files older than this are leftovers of a process that was killed.
+inline constexpr std::int64_t StaleTemporarySeconds = 3600;
+
+/// Removes from Dir the regular files whose name IsTemporaryName and whose modification time
+/// is more than MaxAgeSeconds ago (nothing else, nothing below Dir). Answers how many.
+int RemoveStaleTemporaryFiles(const std::string& Dir, std::int64_t MaxAgeSeconds = StaleTemporarySeconds);
+
 /// The error text of a local errno for File (permission denied, disk full, other).
 std::string LocalErrorText(const std::string& File, int Errno);
 

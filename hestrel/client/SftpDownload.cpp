@@ -126,6 +126,7 @@ void PrepareDirectories(TDownloadContext& Context, std::vector<TPlannedFile>& Pl
       std::filesystem::create_directories(Dir, Ec);
       if (!Ec && LocalDirectoryInsideRoot(Dir, Context.SysRoot)) {
         Ready.insert(Dir);
+        Context.SweepOnce(Dir);
         continue;
       }
       It = Refused.emplace(Dir, Ec ? LocalErrorText(Dir, Ec.value()) : "").first;

@@ -98,6 +98,22 @@ TEST(HestrelLocalPaths, TempFileLeavesNothingUnlessCommitted) {
   EXPECT_EQ(Time, 1500000000);
 }
 
+TEST(HestrelLocalPaths, TemporaryNamesFollowTheExactPattern) {
+  TTempDir Dir;
+  const std::string Final = Dir / "x.h";
+  TLocalTempFile Temp(Final);
+  EXPECT_TRUE(IsTemporaryName(std::filesystem::path(Temp.GetTempPath()).filename().string()));
+  EXPECT_TRUE(IsTemporaryName(".a.h.0123abcd.hestrel-part"));
+  EXPECT_TRUE(IsTemporaryName("..profile.89abcdef.hestrel-part"));
+  EXPECT_FALSE(IsTemporaryName(".a.h.0123ABCD.hestrel-part"));  // upper case
+  EXPECT_FALSE(IsTemporaryName(".a.h.0123abc.hestrel-part"));   // seven digits
+  EXPECT_FALSE(IsTemporaryName("a.h.0123abcd.hestrel-part"));   // no leading dot
+  EXPECT_FALSE(IsTemporaryName("..0123abcd.hestrel-part"));     // no name
+  EXPECT_FALSE(IsTemporaryName(".a.h-0123abcd.hestrel-part"));
+  EXPECT_FALSE(IsTemporaryName(".a.h.0123abcd.hestrel-part~"));
+  EXPECT_FALSE(IsTemporaryName(".hestrel-part"));
+}
+
 TEST(HestrelShellQuote, QuotesEverythingLiterally) {
   EXPECT_EQ(ShellQuote("a b"), "'a b'");
   EXPECT_EQ(ShellQuote("it's"), "'it'\\''s'");

@@ -357,3 +357,23 @@ TEST_P(HestrelClientTransfer, ARefusedDirectoryEndsTheWalkAsTheListingDoesAsking
   EXPECT_EQ(Sorted(Listener.Accepted), Sorted(ReferenceListener.Accepted));
   EXPECT_EQ(TreeOf(L("inc")), TreeOf(ReferenceRoot.Path().string() + R("inc")));
 }
+
+TEST_P(HestrelClientTransfer, StaleTemporaryFilesAreRemovedFromTheDirectoriesAPullWritesInto) {
+  MakeFile(R("inc/a.h"), "a");
+  MakeFile(R("inc/b.h"), "b");
+  const std::int64_t Now = time(nullptr), TwoHoursAgo = Now - 7200;
+  const std::vector<std::string> Kept = {
+      ".b.h.89abcdef.hestrel-part",  // recent: maybe another pull's file being written
+      ".a.h.0123ABCD.hestrel-part",  // not the exact pattern
+      "a.h.0123abcd.hestrel-part",   ".a.h.0123abc.hestrel-part", "notes.txt"};
+  for (const auto& Name : Kept) MakeFile(L("inc/" + Name), "keep", Name[1] == 'b' ? Now : TwoHoursAgo);
+  MakeFile(L("inc/.a.h.0123abcd.hestrel-part"), "left by a killed pull", TwoHoursAgo);
+  MakeFile(L("inc/.c.h.fedcba98.hestrel-part/inner"), "a directory of that name", TwoHoursAgo);
+  MakeFile(L("other/.x.h.00000000.hestrel-part"), "nothing is written here", TwoHoursAgo);
+  ASSERT_TRUE(Client->GetFiles(R("inc"), false, "*.h", nullptr, &Listener)) << Client->GetLastError();
+  std::vector<std::string> Expected = Kept;
+  Expected.insert(Expected.end(), {"a.h", "b.h", ".c.h.fedcba98.hestrel-part", ".c.h.fedcba98.hestrel-part/inner"});
+  std::sort(Expected.begin(), Expected.end());
+  EXPECT_EQ(TreeOf(L("inc")), Expected);
+  EXPECT_TRUE(std::filesystem::exists(L("other/.x.h.00000000.hestrel-part")));
+}
