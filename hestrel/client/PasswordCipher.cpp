@@ -69,27 +69,48 @@ std::string TPasswordCipher::KeyFilePath() const {
   return (std::filesystem::path(FKeyDirectory) / PasswordKeyFileName).string();
 }
 
+namespace {
+
+/// Reads the key file at Path into Key: a regular file of ours holding exactly 32 bytes. A mode
+/// wider than 0600 (a copied or hand-made file) is narrowed rather than refused: the passwords
+/// stored under the key must stay usable. Answers false with errno ENOENT when there is none.
+bool ReadKeyFile(const std::string& Path, unsigned char* Key) {
+  const int Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (Fd < 0) return false;
+  struct stat Info {};
+  bool Ok = fstat(Fd, &Info) == 0 && S_ISREG(Info.st_mode) && Info.st_uid == geteuid();
+  if (Ok && (Info.st_mode & 077) != 0) Ok = fchmod(Fd, 0600) == 0;
+  Ok = Ok && ReadAll(Fd, Key, crypto_secretbox_KEYBYTES);
+  close(Fd);
+  if (!Ok) errno = EINVAL;
+  return Ok;
+}
+
+/// Makes a new key file at Path: written whole to a private temporary file, then linked into
+/// place, so that no process ever reads a half-written key. When another process linked its
+/// key first, that one is read instead.
+bool CreateKeyFile(const std::string& Path, unsigned char* Key) {
+  std::string Temp = Path + ".new-XXXXXX";
+  const int Fd = mkostemp(Temp.data(), O_CLOEXEC);  // mode 0600
+  if (Fd < 0) return false;
+  randombytes_buf(Key, crypto_secretbox_KEYBYTES);
+  bool Ok = WriteAll(Fd, Key, crypto_secretbox_KEYBYTES) && fsync(Fd) == 0;
+  Ok = close(Fd) == 0 && Ok;
+  const bool Linked = Ok && link(Temp.c_str(), Path.c_str()) == 0;
+  const int LinkErrno = errno;
+  unlink(Temp.c_str());
+  if (Linked) return true;
+  sodium_memzero(Key, crypto_secretbox_KEYBYTES);
+  return Ok && LinkErrno == EEXIST && ReadKeyFile(Path, Key);
+}
+
+}  // namespace
+
 bool TPasswordCipher::LoadKey(unsigned char* Key) {
   const std::string Path = KeyFilePath();
   std::error_code Ec;
   std::filesystem::create_directories(FKeyDirectory, Ec);
-  // Create the key exclusively (0600 from the start, no window with wider rights); when
-  // another process won the race or the key exists, read it.
-  int Fd = open(Path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (Fd >= 0) {
-    randombytes_buf(Key, crypto_secretbox_KEYBYTES);
-    bool Ok = WriteAll(Fd, Key, crypto_secretbox_KEYBYTES) && fsync(Fd) == 0;
-    close(Fd);
-    if (Ok) return true;
-    unlink(Path.c_str());
-  } else if (errno == EEXIST) {
-    Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (Fd >= 0) {
-      bool Ok = ReadAll(Fd, Key, crypto_secretbox_KEYBYTES);
-      close(Fd);
-      if (Ok) return true;
-    }
-  }
+  if (ReadKeyFile(Path, Key) || (errno == ENOENT && CreateKeyFile(Path, Key))) return true;
   sodium_memzero(Key, crypto_secretbox_KEYBYTES);
   FLastError = Format(sErrKeyFile, {Path});
   return false;

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <thread>
+#include <vector>
+
 #include "ClientTestSupport.h"
 #include "client/ClientErrors.h"
 #include "client/ClientFactory.h"
@@ -31,6 +34,48 @@ TEST(HestrelPasswordCipher, KeyFileIsCreatedOnFirstUseWith32BytesAndMode0600) {
   EXPECT_EQ(St.st_mode & 0777, 0600u);
   EXPECT_EQ(St.st_size, 32);
   EXPECT_EQ(Cipher.KeyFilePath(), Dir / "sub/hestrel.key");
+}
+
+TEST(HestrelPasswordCipher, ProcessesMeetingOnFirstUseShareOneWholeKey) {
+  // Each round: a new directory and eight ciphers making the key at the same moment. Every
+  // stored form must decipher afterwards, so nobody read a half-written key or kept its own.
+  for (int Round = 0; Round < 300; ++Round) {
+    TTempDir Dir;
+    std::vector<std::string> Stored(8);
+    std::vector<std::thread> Threads;
+    for (std::size_t I = 0; I < Stored.size(); ++I)
+      Threads.emplace_back([&, I] { Stored[I] = TPasswordCipher(Dir / "keys").Encrypt("pw" + std::to_string(I)); });
+    for (auto& T : Threads) T.join();
+    TPasswordCipher Reader(Dir / "keys");
+    for (std::size_t I = 0; I < Stored.size(); ++I) {
+      TSecretText Clear;
+      ASSERT_TRUE(Reader.Decrypt(Stored[I], Clear)) << "round " << Round << ": " << Reader.GetLastError();
+      EXPECT_EQ(Clear.Get(), "pw" + std::to_string(I));
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Dir / "keys"), {}), 1) << "no temporary left";
+  }
+}
+
+TEST(HestrelPasswordCipher, AKeyFileOthersCanReadIsNarrowedTo0600AndStillServes) {
+  TTempDir Dir;
+  TPasswordCipher Cipher(Dir.Path());
+  const std::string Stored = Cipher.Encrypt("pw");
+  ASSERT_EQ(chmod(Cipher.KeyFilePath().c_str(), 0644), 0);
+  TSecretText Clear;
+  ASSERT_TRUE(TPasswordCipher(Dir.Path()).Decrypt(Stored, Clear));
+  EXPECT_EQ(Clear.Get(), "pw");
+  struct stat St;
+  ASSERT_EQ(stat(Cipher.KeyFilePath().c_str(), &St), 0);
+  EXPECT_EQ(St.st_mode & 0777, 0600u);
+}
+
+TEST(HestrelPasswordCipher, ADamagedKeyFileIsRefusedAndNeverReplaced) {
+  TTempDir Dir;
+  TPasswordCipher Cipher(Dir.Path());
+  MakeFile(Cipher.KeyFilePath(), "too short");
+  EXPECT_EQ(Cipher.Encrypt("password"), "");
+  EXPECT_EQ(Cipher.GetLastError(), Format(sErrKeyFile, {Cipher.KeyFilePath()}));
+  EXPECT_EQ(Slurp(Cipher.KeyFilePath()), "too short");  // stored passwords may still need it
 }
 
 TEST(HestrelPasswordCipher, TwoEncryptionsDifferButBothDecrypt) {
