@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "client/LocalPaths.h"
 #include "client/RemoteShell.h"
 #include "client/ShellQuote.h"
 
@@ -44,9 +45,16 @@ bool ParseFindRecords(const std::string& Root, const std::string& Output, TTreeL
     Entry.Size = std::strtoll(Head.c_str() + 2, &End, 10);
     if (*End != ' ') return false;
     Entry.Modified = std::strtoll(End + 1, &End, 10);  // whole seconds, as SFTP reports them
+    Entry.LinkTarget = Link;
+    if (!IsSafeRelativePath(Path)) {
+      // find's %P never looks like this; a server that sends it is refused and reported: the
+      // whole path stays the entry's name, which the walk refuses as unsafe (never a write).
+      Entry.Name = Path;
+      Listing[Root].push_back(std::move(Entry));
+      continue;
+    }
     const std::size_t Slash = Path.find_last_of('/');
     Entry.Name = Slash == std::string::npos ? Path : Path.substr(Slash + 1);
-    Entry.LinkTarget = Link;
     const std::string Dir = Slash == std::string::npos ? Root : JoinRemote(Root, Path.substr(0, Slash));
     if (Entry.Type == TRemoteType::Directory) Listing[JoinRemote(Root, Path)];
     Listing[Dir].push_back(std::move(Entry));
