@@ -201,16 +201,10 @@ int TPtyProcess::Wait() {
   return StatusOf(WaitStatus);
 }
 
-std::string ZephprofPath() {
-  const char* Build = std::getenv("ZEPH_BUILD_DIR");
-  return std::string(Build ? Build : ".") + "/apps/zephprof/zephprof";
-}
+// Both paths are compiled in (tests/CMakeLists.txt), so a run by hand finds them too.
+std::string ZephprofPath() { return ZEPH_ZEPHPROF_BINARY; }
 
-std::string HestrelPath() {
-  const char* Build = std::getenv("ZEPH_BUILD_DIR");
-  const std::string Path = std::string(Build ? Build : ".") + "/hestrel/hestrel";
-  return access(Path.c_str(), X_OK) == 0 ? Path : std::string();
-}
+std::string HestrelPath() { return access(ZEPH_HESTREL_BINARY, X_OK) == 0 ? ZEPH_HESTREL_BINARY : std::string(); }
 
 int FreeLoopbackPort() {
   const int Socket = socket(AF_INET, SOCK_STREAM, 0);

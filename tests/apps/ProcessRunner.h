@@ -66,7 +66,7 @@ class TPtyProcess {
   std::size_t FSearchFrom = 0;
 };
 
-/// The built zephprof ($ZEPH_BUILD_DIR/apps/zephprof/zephprof).
+/// The built zephprof (its path compiled in).
 std::string ZephprofPath();
 /// The built hestrel server, or "" when it was not built.
 std::string HestrelPath();

@@ -51,7 +51,6 @@ class TDirectoryWatch {
 class HestrelClientReplace : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!std::filesystem::exists(TTestServer::BinaryPath())) GTEST_SKIP() << "no hestrel binary";
     std::filesystem::create_directories(Bin.Path());
   }
   /// Starts the server with Bin first on its commands' PATH (Only: Bin alone).

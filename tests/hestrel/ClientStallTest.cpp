@@ -37,7 +37,6 @@ bool HasPartFile(const std::vector<std::string>& Names) {
 class HestrelClientStall : public ::testing::TestWithParam<bool> {
  protected:
   void SetUp() override {
-    if (!std::filesystem::exists(TTestServer::BinaryPath())) GTEST_SKIP() << "no hestrel binary";
     ASSERT_TRUE(Server.Start()) << Server.Log();
     THestrelClientOptions Options;
     Options.ConnectTimeoutSeconds = 5;
@@ -148,7 +147,6 @@ INSTANTIATE_TEST_SUITE_P(ExecAndSftp, HestrelClientStall, ::testing::Bool(),
 
 
 TEST(HestrelClientStallChannel, ACommandThatCannotStartSaysWhy) {
-  if (!std::filesystem::exists(TTestServer::BinaryPath())) GTEST_SKIP() << "no hestrel binary";
   TTestServer Server;
   ASSERT_TRUE(Server.Start()) << Server.Log();
   TServerTestClient Ssh;

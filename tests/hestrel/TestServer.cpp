@@ -28,10 +28,7 @@ std::string ReadFile(const std::filesystem::path& Path) {
   return Text.str();
 }
 
-std::string TTestServer::BinaryPath() {
-  const char* Build = std::getenv("ZEPH_BUILD_DIR");
-  return std::string(Build != nullptr ? Build : ".") + "/hestrel/hestrel";
-}
+std::string TTestServer::BinaryPath() { return ZEPH_HESTREL_BINARY; }  // tests/CMakeLists.txt
 
 TTestServer::TTestServer(std::string Password) : FPassword(std::move(Password)) {
   std::string Template = (std::filesystem::temp_directory_path() / "hestrel-test-XXXXXX").string();

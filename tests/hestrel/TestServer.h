@@ -1,4 +1,4 @@
-// Test helper: runs the built `hestrel` server ($ZEPH_BUILD_DIR/hestrel/hestrel) in a
+// Test helper: runs the built `hestrel` server (its path compiled in, tests/CMakeLists.txt) in a
 // temporary directory with a password file (0600) and a host key there, on an ephemeral
 // loopback port read from its "hestrel listening on ADDRESS:PORT" line; stops it with SIGTERM.
 #pragma once
