@@ -16,8 +16,8 @@ class THestrelClientFactory : public TRAClientFactory {
   explicit THestrelClientFactory(std::string AppDataDir, THestrelClientOptions Options = {});
   TRAClientPtr CreateClient(const std::string& Name, const std::string& VirtualFile) override;
   std::unique_ptr<TRAClientProfile> CreateProfile() override;
-  /// "hes1:..." (PasswordCipher.h); "" for an empty password or when the key file cannot
-  /// be made (then nothing is stored rather than a clear password).
+  /// "hes1:..." (PasswordCipher.h); "" for an empty password or when the key cannot be read
+  /// or made (SaveProfile then refuses the save: a clear password is never stored).
   std::string Encrypt(const std::string& Password) override;
   const std::string& GetAppDataDir() const { return FAppDataDir; }
 
