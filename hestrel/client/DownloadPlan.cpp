@@ -28,8 +28,19 @@ void TDownloadContext::Fail(const std::string& RemoteFile, const std::string& Er
 
 bool TDownloadContext::LinkCut() const { return Watch && Watch->WasCut(); }
 
-void TDownloadContext::SweepOnce(const std::string& Dir) {
-  if (Swept.insert(Dir).second) RemoveStaleTemporaryFiles(Dir);
+bool TDownloadContext::PrepareDirectory(const std::string& Dir, std::string& Error) {
+  Error.clear();
+  if (Prepared.count(Dir)) return true;
+  std::error_code Ec;
+  std::filesystem::create_directories(Dir, Ec);
+  if (Ec) {
+    Error = LocalErrorText(Dir, Ec.value());
+    return false;
+  }
+  if (!LocalDirectoryInsideRoot(Dir, SysRoot)) return false;
+  RemoveStaleTemporaryFiles(Dir);
+  Prepared.insert(Dir);
+  return true;
 }
 
 bool TDownloadContext::Progress(const std::string& Remote, const std::string& Local, std::int64_t Done,
@@ -59,19 +70,10 @@ bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::
 }
 
 bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local) {
-  const std::string Dir = std::filesystem::path(Local).parent_path().string();
-  std::error_code Ec;
-  std::filesystem::create_directories(Dir, Ec);
-  if (Ec) {
-    Context.Fail(Remote, LocalErrorText(Dir, Ec.value()));
-    return false;
-  }
-  if (!LocalDirectoryInsideRoot(Dir, Context.SysRoot)) {
-    Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
-    return false;
-  }
-  Context.SweepOnce(Dir);
-  return true;
+  std::string Error;
+  if (Context.PrepareDirectory(std::filesystem::path(Local).parent_path().string(), Error)) return true;
+  Context.Fail(Remote, Error.empty() ? Format(sErrUnsafeName, {Remote}) : Error);
+  return false;
 }
 
 void MirrorLinkTarget(TDownloadContext& Context, const std::string& TreeRoot, const std::string& RemoteDir,

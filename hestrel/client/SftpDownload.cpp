@@ -115,21 +115,14 @@ namespace {
 /// Creates each destination directory once and checks it resolves inside the root;
 /// files whose directory fails are reported and marked done.
 void PrepareDirectories(TDownloadContext& Context, std::vector<TPlannedFile>& Plan) {
-  std::set<std::string> Ready;
   std::map<std::string, std::string> Refused;  // directory -> why
   for (auto& File : Plan) {
     const std::string Dir = std::filesystem::path(File.Local).parent_path().string();
-    if (Ready.count(Dir)) continue;
     auto It = Refused.find(Dir);
     if (It == Refused.end()) {
-      std::error_code Ec;
-      std::filesystem::create_directories(Dir, Ec);
-      if (!Ec && LocalDirectoryInsideRoot(Dir, Context.SysRoot)) {
-        Ready.insert(Dir);
-        Context.SweepOnce(Dir);
-        continue;
-      }
-      It = Refused.emplace(Dir, Ec ? LocalErrorText(Dir, Ec.value()) : "").first;
+      std::string Error;
+      if (Context.PrepareDirectory(Dir, Error)) continue;
+      It = Refused.emplace(Dir, Error).first;
     }
     File.Done = true;
     Context.Fail(File.Remote, It->second.empty() ? Format(sErrUnsafeName, {File.Remote}) : It->second);
