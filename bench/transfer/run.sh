@@ -81,21 +81,33 @@ push_hestrel() {
 }
 push_scp() { rm -rf "$REMOTE/in"; mkdir -p "$REMOTE/in"; scp -q -P "$PORT" "${SSH_OPTS[@]}" "$WORK/big.bin" "127.0.0.1:$REMOTE/in/"; }
 
+# fresh_pull NAME: an empty cache, a moment for the kernel to settle after freeing the last
+# copy, then the timed pull (hestrel and rsync: also the unchanged refresh right after).
 declare -A T
+fresh_pull() {
+  fresh; sleep 1
+  T[${1}_fresh]+=" $(seconds "pull_$1")"
+  case $1 in
+    hestrel)
+      STATS=$(cat "$WORK/last.out")
+      # The Hestrel cache lands under LOCAL_ROOT + remote path; compare with the source.
+      diff -rq "$REMOTE/sdk" "$WORK/local$REMOTE/sdk" >/dev/null || { echo "hestrel pull differs" >&2; exit 1; }
+      T[hestrel_again]+=" $(seconds pull_hestrel)"; STATS_AGAIN=$(cat "$WORK/last.out") ;;
+    rsync) T[rsync_again]+=" $(seconds pull_rsync)" ;;
+  esac
+}
+CONTENDERS=(hestrel rsync tar scp)
 for R in $(seq 1 "$REPS"); do
   echo "== repetition $R of $REPS"
-  fresh; T[hestrel_fresh]+=" $(seconds pull_hestrel)"; STATS=$(cat "$WORK/last.out")
-  # The Hestrel cache lands under LOCAL_ROOT + remote path; compare with the source.
-  diff -rq "$REMOTE/sdk" "$WORK/local$REMOTE/sdk" >/dev/null || { echo "hestrel pull differs" >&2; exit 1; }
-  T[hestrel_again]+=" $(seconds pull_hestrel)"; STATS_AGAIN=$(cat "$WORK/last.out")
-  fresh; T[rsync_fresh]+=" $(seconds pull_rsync)"
-  T[rsync_again]+=" $(seconds pull_rsync)"
-  fresh; T[tar_fresh]+=" $(seconds pull_tar)"
-  fresh; T[scp_fresh]+=" $(seconds pull_scp)"
-  fresh
-  T[hestrel_push]+=" $(seconds push_hestrel)"
-  cmp -s "$WORK/big.bin" "$REMOTE/in/big.bin" || { echo "hestrel push differs" >&2; exit 1; }
-  T[scp_push]+=" $(seconds push_scp)"
+  # The order rotates each repetition, so no contender always follows the same one.
+  for I in 0 1 2 3; do fresh_pull "${CONTENDERS[$(( (I + R - 1) % 4 ))]}"; done
+  fresh; sleep 1
+  if (( R % 2 )); then
+    T[hestrel_push]+=" $(seconds push_hestrel)"; T[scp_push]+=" $(seconds push_scp)"
+  else
+    T[scp_push]+=" $(seconds push_scp)"; T[hestrel_push]+=" $(seconds push_hestrel)"
+  fi
+  cmp -s "$WORK/big.bin" "$REMOTE/in/big.bin" || { echo "push differs" >&2; exit 1; }
 done
 
 declare -A M
