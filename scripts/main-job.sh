@@ -38,29 +38,11 @@ PROFILE="Main Job"
 # Every zephprof call: this job's own settings file and data directory; questions answered Yes.
 z() { "$ZEPHPROF" --settings "$SETTINGS" --data-dir "$DATA" --yes "$@"; }
 
-SERVER_PID=""
-cleanup() {
-  if [ -n "$SERVER_PID" ] && kill -0 "$SERVER_PID" 2>/dev/null; then
-    kill "$SERVER_PID" 2>/dev/null || true
-    wait "$SERVER_PID" 2>/dev/null || true
-  fi
-}
-trap cleanup EXIT
+source scripts/hestrel-server.sh
+trap stop_hestrel EXIT
 
 step "Start a Hestrel server on 127.0.0.1 (generated password, work folder $WORK)"
-mkdir -p "$WORK/server" "$REMOTE"
-( umask 077; head -c 24 /dev/urandom | base64 | tr -d '/+=\n' > "$WORK/server/password"; echo >> "$WORK/server/password" )
-"$HESTREL" --port 0 --listen 127.0.0.1 --password-file "$WORK/server/password" \
-  --host-key "$WORK/server/host_key" --root "$REMOTE" > "$WORK/server/log" 2>&1 &
-SERVER_PID=$!
-PORT=""
-for _ in $(seq 1 100); do
-  PORT=$(sed -n 's/^hestrel listening on .*:\([0-9][0-9]*\)$/\1/p' "$WORK/server/log" | head -n1)
-  [ -n "$PORT" ] && break
-  kill -0 "$SERVER_PID" 2>/dev/null || { cat "$WORK/server/log" >&2; fail "the server did not start"; }
-  sleep 0.1
-done
-[ -n "$PORT" ] || fail "the server did not say where it listens"
+start_hestrel "$HESTREL" "$WORK/server" "$REMOTE" || fail "the server did not start"
 echo "hestrel (pid $SERVER_PID) listening on 127.0.0.1:$PORT"
 
 step "Make a small remote SDK tree in $SDK"
@@ -114,9 +96,7 @@ z export "$PROFILE" "$WORK/main-job.profile"
 "$ZEPHPROF" --settings "$WORK/imported/settings.ini" --data-dir "$DATA" test "$PROFILE"
 
 step "Stop the server"
-kill "$SERVER_PID"
-wait "$SERVER_PID" 2>/dev/null || true
-SERVER_PID=""
+stop_hestrel
 
 printf '\nMain job done.\n  settings:      %s\n  profile files: %s\n  file cache:    %s\n  exported:      %s\n' \
   "$SETTINGS" "$DATA" "$CACHE" "$WORK/main-job.profile"

@@ -24,30 +24,15 @@ DRIVER=$ROOT/$BUILD_DIR/bench/hestrel_transfer
 HESTREL=$ROOT/$BUILD_DIR/hestrel/hestrel
 
 WORK=$(mktemp -d /dev/shm/zeph-transfer-bench.XXXXXX)
-SERVER_PID=""
-cleanup() {
-  [ -n "$SERVER_PID" ] && kill "$SERVER_PID" 2>/dev/null && wait "$SERVER_PID" 2>/dev/null
-  rm -rf "$WORK"
-}
-trap cleanup EXIT
+source scripts/hestrel-server.sh
+trap 'stop_hestrel; rm -rf "$WORK"' EXIT
 
 REMOTE=$WORK/remote
 mkdir -p "$REMOTE" "$WORK/server" "$WORK/appdata"
 echo "== making the data in $WORK"
 "$DRIVER" make-sdk "$REMOTE/sdk"
 "$DRIVER" make-file "$WORK/big.bin" 1024
-( umask 077; head -c 18 /dev/urandom | base64 > "$WORK/server/password" )
-
-"$HESTREL" --port 0 --listen 127.0.0.1 --password-file "$WORK/server/password" \
-  --host-key "$WORK/server/host_key" --root "$REMOTE" > "$WORK/server/log" 2>&1 &
-SERVER_PID=$!
-PORT=""
-for _ in $(seq 1 100); do
-  PORT=$(sed -n 's/^hestrel listening on .*:\([0-9][0-9]*\)$/\1/p' "$WORK/server/log" | head -n1)
-  [ -n "$PORT" ] && break
-  sleep 0.1
-done
-[ -n "$PORT" ] || { cat "$WORK/server/log" >&2; echo "the server did not start" >&2; exit 1; }
+start_hestrel "$HESTREL" "$WORK/server" "$REMOTE" || { echo "the server did not start" >&2; exit 1; }
 
 # OpenSSH clients log in with the server's password through SSH_ASKPASS.
 printf '#!/bin/sh\ncat %q\n' "$WORK/server/password" > "$WORK/askpass"
