@@ -94,6 +94,9 @@ void MirrorLinkTarget(TDownloadContext& Context, const std::string& TreeRoot, co
       return;
     unlink(Local.c_str());
   }
+  // A new or replaced link can change where a prepared directory's path leads (a directory
+  // reached through the old link): every directory is checked again from here on.
+  Context.Prepared.clear();
   if (symlink(LocalTarget.c_str(), Local.c_str()) != 0) Context.Fail(Remote, LocalErrorText(Local, errno));
 }
 

@@ -79,8 +79,18 @@ void TRemoteProfileManager::LoadOptions(TCustomIniFile& Settings) {
 }
 
 void TRemoteProfileManager::SaveOptions(TCustomIniFile& Settings) {
-  Settings.EraseSection(L::RemoteProfiles);
   const TProfileDictionary Profiles = FProfiles;  // saving changes no list; a copy keeps the walk safe
+  // Enciphering fails for all passwords or for none (the agent library's key): one probe before
+  // the section is erased, so a failing save raises with the store still whole.
+  const IOTARemoteProfilePtr FirstTyped = [&]() -> IOTARemoteProfilePtr {
+    for (const auto& [Platform, List] : Profiles)
+      for (const IOTARemoteProfilePtr& P : List)
+        if (const auto C = P->GetCredential(); C.IsPassword && !C.IsEncrypted && !C.PasswordOrFile.empty()) return P;
+    return nullptr;
+  }();
+  if (FirstTyped && Encrypt(FirstTyped->GetCredential().PasswordOrFile).empty())
+    throw EProfileFileError(Format(sCannotEncipherPassword, {FirstTyped->GetName()}));
+  Settings.EraseSection(L::RemoteProfiles);
   for (const auto& [Platform, List] : Profiles) {
     for (std::size_t I = 0; I < List.size(); ++I) {
       SaveProfile(List[I], &Settings, "");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -156,4 +157,33 @@ TEST_F(HestrelClientHostileServer, AListingNamingPathsOutsideTheRootIsRefused) {
                 "Refused remote name '" + Remote + "/../hestrel-hostile-" + std::to_string(::getpid()) + Refused}));
   EXPECT_TRUE(Client->GetLastPullStatistics().ListedByFind);
   EXPECT_EQ(Slurp(SysRoot.Path().string() + Remote + "/old.h"), "old");  // nothing else touched
+}
+
+TEST_F(HestrelClientHostileServer, ALinkReplacedMidStreamCannotCarryALaterFileOutOfTheRoot) {
+  // Each link looks inside the tree where the server says it stands, but locally "s" is ".",
+  // so "s/z" lands at the tree root pointing to its parent, and each further ".." climbs one
+  // level more, until "z/w/v/u" is the folder above the system root. A later entry then turns
+  // "a" (a directory already written into) into that chain and names a file below it.
+  const std::string Evil = "hestrel-evil-" + std::to_string(::getpid());
+  MakeFile((Server.Dir() / "stream.tar").string(),
+           TarEntry("./d/x", '0', "x") + TarEntry("./a", '2', "", "d") + TarEntry("./a/f", '0', "f") +
+               TarEntry("./s", '2', "", ".") + TarEntry("./s/z", '2', "", "..") + TarEntry("./z/w", '2', "", "..") +
+               TarEntry("./z/w/v", '2', "", "..") + TarEntry("./z/w/v/u", '2', "", "..") +
+               TarEntry("./a", '2', "", "z/w/v/u") + TarEntry("./a/" + Evil, '0', "escaped") +
+               std::string(1024, '\0'));
+  MakeFile((Server.Dir() / "listing").string(), "");
+  ASSERT_TRUE(Server.Start()) << Server.Log();
+  auto Client = Connected();
+  const std::string Remote = (Server.Dir() / "sdk").string();
+  ASSERT_EQ(std::filesystem::path(Remote).parent_path().parent_path(), "/tmp");  // the climb below counts on it
+  Client->GetFiles(Remote, true, "", nullptr, &Listener);
+  const std::filesystem::path Above = SysRoot.Path().parent_path() / Evil;
+  const bool Escaped = std::filesystem::exists(Above);
+  std::error_code Ignored;
+  std::filesystem::remove(Above, Ignored);
+  EXPECT_FALSE(Escaped) << Above;
+  EXPECT_NE(std::find(Listener.ErrorTexts.begin(), Listener.ErrorTexts.end(),
+                      "Refused remote name '" + Remote + "/a/" + Evil + "': it would be written outside the local root"),
+            Listener.ErrorTexts.end())
+      << ::testing::PrintToString(Listener.ErrorTexts);
 }

@@ -270,6 +270,23 @@ TEST_F(SettingsStore, HestrelWithoutItsKeyFileRaisesInsteadOfStoringAnEmptyPassw
   EXPECT_FALSE(fs::exists(AppData() / "Mac.profile"));
 }
 
+TEST_F(SettingsStore, SaveOptionsThatCannotEncipherRaisesWithTheStoreStillWhole) {
+  const auto M = Empty();
+  M->AddProfile("Box", "Linux64", "h", 1, {"enc:00", true, true}, "", {}, false);
+  M->SaveOptions(*Ini);
+  M->AddProfile("Mac", "OSX32", "h", 1, {"typed", true, false}, "", {}, false);
+  Library->EncryptFails = true;
+  Ini->Log.clear();
+  try {
+    M->SaveOptions(*Ini);
+    ADD_FAILURE() << "no exception";
+  } catch (const EProfileFileError& Error) {
+    EXPECT_EQ(std::string(Error.what()), "Cannot encipher the password of profile 'Mac'");
+  }
+  EXPECT_EQ(Ini->Log, Log{});  // not even the EraseSection
+  EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Box", "Password", "?"), "enc:00");
+}
+
 TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfterTheFirst) {
   const auto M = Empty();
   M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
