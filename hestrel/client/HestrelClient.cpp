@@ -142,7 +142,8 @@ bool THestrelClient::RemoveRemoteFile(const std::string& RemoteFile, IFileListen
   return Watched([&] {
     if (!RequireSftp()) return false;
     if (sftp_unlink(FSftp.get(), RemoteFile.c_str()) != 0) return Fail(RemoteErrorText(FSftp.get(), RemoteFile));
-    if (Listener) Listener->Deleted(RemoteFile, FHostName);
+    TPausingFileListener Paused(Listener, FWatch.get());
+    if (IFileListener* Told = Paused.Get()) Told->Deleted(RemoteFile, FHostName);
     return true;
   });
 }

@@ -66,6 +66,13 @@ void TLinkWatch::Run() {
   std::int64_t QuietSince = NowMs();
   std::unique_lock<std::mutex> Lock(FMutex);
   while (!FStop) {
+    if (FActive.load() == 0) {
+      // Idle: nothing to watch until an operation starts (TActive wakes the thread).
+      FWake.wait(Lock, [this] { return FStop || FActive.load() > 0; });
+      ReadCounters(FFd, Received, Acked);
+      QuietSince = NowMs();
+      continue;
+    }
     FWake.wait_for(Lock, CheckInterval);
     if (FStop || FCut) break;
     const std::int64_t Now = NowMs();
@@ -106,15 +113,22 @@ void TLinkWatch::CutLink(ssh_session Session) {
   if (const int Fd = ssh_get_fd(Session); Fd >= 0) shutdown(Fd, SHUT_RDWR);
 }
 
+// FActive changes under FMutex, which the watch thread holds from each check to its Cut, so an
+// operation that ends is never cut afterwards for silence it no longer waits through.
 TLinkWatch::TActive::TActive(TLinkWatch* Watch) : FWatch(Watch) {
-  if (FWatch) {
-    FWatch->Touch();
+  if (!FWatch) return;
+  FWatch->Touch();
+  {
+    std::lock_guard<std::mutex> Lock(FWatch->FMutex);
     ++FWatch->FActive;
   }
+  FWatch->FWake.notify_all();
 }
 
 TLinkWatch::TActive::~TActive() {
-  if (FWatch) --FWatch->FActive;
+  if (!FWatch) return;
+  std::lock_guard<std::mutex> Lock(FWatch->FMutex);
+  --FWatch->FActive;
 }
 
 TLinkWatch::TPaused::TPaused(TLinkWatch* Watch) : FWatch(Watch) {
