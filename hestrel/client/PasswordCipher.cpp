@@ -79,7 +79,7 @@ bool ReadKeyFile(const std::string& Path, unsigned char* Key) {
   if (Fd < 0) return false;
   struct stat Info {};
   bool Ok = fstat(Fd, &Info) == 0 && S_ISREG(Info.st_mode) && Info.st_uid == geteuid();
-  if (Ok && (Info.st_mode & 077) != 0) Ok = fchmod(Fd, 0600) == 0;
+  if (Ok && (Info.st_mode & 077) != 0) (void)fchmod(Fd, 0600);  // best effort (a read-only disk)
   Ok = Ok && ReadAll(Fd, Key, crypto_secretbox_KEYBYTES);
   close(Fd);
   if (!Ok) errno = EINVAL;
@@ -99,7 +99,15 @@ bool CreateKeyFile(const std::string& Path, unsigned char* Key) {
   const bool Linked = Ok && link(Temp.c_str(), Path.c_str()) == 0;
   const int LinkErrno = errno;
   unlink(Temp.c_str());
-  if (Linked) return true;
+  if (Linked) {
+    // The directory entry must outlive a crash too: stored passwords are enciphered under it.
+    if (const int Dir = open(std::filesystem::path(Path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        Dir >= 0) {
+      fsync(Dir);
+      close(Dir);
+    }
+    return true;
+  }
   sodium_memzero(Key, crypto_secretbox_KEYBYTES);
   return Ok && LinkErrno == EEXIST && ReadKeyFile(Path, Key);
 }

@@ -135,8 +135,12 @@ bool SendByStream(TUpload& U, std::ifstream& In) {
 /// extension). Answers Started false when no command could do it (exec refused, no mv), so
 /// the caller may fall back.
 bool ReplaceByCommand(TUpload& U, bool& Started) {
+  // A target that became a directory (or a link to one) since it was asked about would take
+  // the file inside it: refused instead.
   const TCommandResult Moved =
-      RunCommand(U.Ssh, "LC_ALL=C; export LC_ALL; exec mv -f -- " + ShellQuote(U.Temp) + " " + ShellQuote(U.Target));
+      RunCommand(U.Ssh, "LC_ALL=C; export LC_ALL; t=" + ShellQuote(U.Target) +
+                            "; if [ -d \"$t\" ]; then echo 'Is a directory' >&2; exit 21; fi; exec mv -f -- " +
+                            ShellQuote(U.Temp) + " \"$t\"");
   Started = Moved.Started && Moved.ExitStatus != 126 && Moved.ExitStatus != 127;
   if (!Started) return false;
   if (Moved.ExitStatus == 0) return true;

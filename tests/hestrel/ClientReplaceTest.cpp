@@ -132,3 +132,31 @@ TEST_F(HestrelClientReplace, RemoteErrorsAreRecognisedWhateverTheServersLocale) 
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDiskFull, {Dir() + "/big.bin"}));
   EXPECT_FALSE(std::filesystem::exists(Dir() + "/big.bin"));
 }
+
+namespace {
+
+/// Answers Yes to the overwrite question and, meanwhile, turns the file into a directory.
+class TSwapToDirectoryListener : public TRecordingListener {
+ public:
+  bool Overwrite(const std::string& FileName, TDateTime Time1, std::int64_t Size1, TDateTime Time2,
+                 std::int64_t Size2) override {
+    std::filesystem::remove(Target);
+    std::filesystem::create_directory(Target);
+    return TRecordingListener::Overwrite(FileName, Time1, Size1, Time2, Size2);
+  }
+  std::string Target;
+};
+
+}  // namespace
+
+TEST_F(HestrelClientReplace, ATargetThatBecameADirectoryIsNotFilledWithTheFile) {
+  Start();
+  MakeFile(Dir() + "/app.bin", "old");
+  MakeFile(Local / "app.bin", "new");
+  TSwapToDirectoryListener Listener;
+  Listener.Target = Dir() + "/app.bin";
+  EXPECT_FALSE(Client->PutFile(Dir(), Local / "app.bin", 0, "", &Listener));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteIo, {Dir() + "/app.bin", "Is a directory"}));
+  EXPECT_TRUE(std::filesystem::is_directory(Dir() + "/app.bin"));
+  EXPECT_TRUE(std::filesystem::is_empty(Dir() + "/app.bin"));
+}
