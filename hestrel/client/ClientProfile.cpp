@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "common/AtomicFile.h"
+#include "common/UniqueFd.h"
 #include "host/HostServices.h"
 
 namespace {
@@ -18,22 +19,14 @@ std::string ReadFailure(const std::string& FileName, const std::string& Reason) 
   return "Cannot read profile file '" + FileName + "': " + Reason;
 }
 
-/// Closes a descriptor when the read is done, however it ends.
-struct TFdCloser {
-  int Fd;
-  ~TFdCloser() {
-    if (Fd >= 0) ::close(Fd);
-  }
-};
-
 /// The whole file, at most MaxProfileFileSize + 1 bytes (more means: too big). One open, and a
 /// buffer sized from the file: loading 10,000 profiles reads 10,000 of these files. O_NONBLOCK
 /// so that a FIFO given as the file name is refused instead of waited on.
 bool ReadWholeFile(const std::string& FileName, std::string& Text, std::string& Error) {
-  const TFdCloser File{::open(FileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
-  if (File.Fd < 0) return Error = std::strerror(errno), false;
+  const hestrel::TUniqueFd File(::open(FileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (File.Get() < 0) return Error = std::strerror(errno), false;
   struct stat Info {};
-  if (::fstat(File.Fd, &Info) != 0) return Error = std::strerror(errno), false;
+  if (::fstat(File.Get(), &Info) != 0) return Error = std::strerror(errno), false;
   if (!S_ISREG(Info.st_mode)) return Error = "not a regular file", false;
   if (static_cast<std::uintmax_t>(Info.st_size) > hestrel::MaxProfileFileSize)
     return Error = "the file is larger than 1 MiB; a profile file is never that big", false;
@@ -46,7 +39,7 @@ bool ReadWholeFile(const std::string& FileName, std::string& Text, std::string& 
       if (Text.size() > hestrel::MaxProfileFileSize) break;
       Text.resize(std::min(Text.size() * 2, hestrel::MaxProfileFileSize + 1));
     }
-    const ssize_t Got = ::read(File.Fd, Text.data() + Done, Text.size() - Done);
+    const ssize_t Got = ::read(File.Get(), Text.data() + Done, Text.size() - Done);
     if (Got < 0 && errno == EINTR) continue;
     if (Got < 0) return Error = "the file cannot be read", false;
     if (Got == 0) break;
