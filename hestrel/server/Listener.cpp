@@ -74,7 +74,7 @@ class TListener {
 
  private:
   void Accept();
-  [[noreturn]] void ServeInChild(TSshSession Session, const std::string& Peer);
+  [[noreturn]] void ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener);
   void ReadSignals();
   void Reap();
   void StopConnections();
@@ -83,7 +83,12 @@ class TListener {
   const TAuthenticator& FAuthenticator;
   TSignalFd FSignals;
   TSshBind FBind;
+  void Refuse(const std::string& Peer, const std::string& Why);
+
   std::set<pid_t> FConnections;
+  std::set<pid_t> FLoggingIn;  ///< of FConnections, those whose client has not logged in yet
+  int FRefusedSinceLog = 0;    ///< refusals not logged yet (one line per RefusalLogSeconds)
+  std::chrono::steady_clock::time_point FLastRefusalLog{};
   bool FStopping = false;
 };
 
@@ -123,28 +128,31 @@ void TListener::Accept() {
   }
   std::string Peer = SocketName(ssh_get_fd(Session.get()), true);
   Reap();  // count only connections still served
-  if (FConnections.size() >= static_cast<std::size_t>(FOptions.MaxConnections)) {
-    // Bounds the processes (and login attempts) a flood of connections can make.
-    Log("refused connection from " + Peer + ": " + std::to_string(FConnections.size()) + " connections open");
-    return;
-  }
+  // Bounds the processes a flood of connections can make; idle connections that never log
+  // in have their own, smaller bound, so they cannot shut the users out (sshd's MaxStartups).
+  if (FConnections.size() >= static_cast<std::size_t>(FOptions.MaxConnections))
+    return Refuse(Peer, std::to_string(FConnections.size()) + " connections open");
+  if (FLoggingIn.size() >= static_cast<std::size_t>(FOptions.MaxStartups))
+    return Refuse(Peer, std::to_string(FLoggingIn.size()) + " connections not logged in yet");
+  const pid_t Listener = ::getpid();
   pid_t Pid = ::fork();
   if (Pid < 0) {
     Log("cannot fork for the connection from " + Peer);
     return;
   }
-  if (Pid == 0) ServeInChild(std::move(Session), Peer);
+  if (Pid == 0) ServeInChild(std::move(Session), Peer, Listener);
   FConnections.insert(Pid);
+  FLoggingIn.insert(Pid);
   Log("connection from " + Peer + " (served by pid " + std::to_string(Pid) + ")");
   // Session's destructor closes the parent's copy of the socket.
 }
 
-void TListener::ServeInChild(TSshSession Session, const std::string& Peer) {
+void TListener::ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener) {
   FBind.reset();      // the listening socket belongs to the parent
   FSignals.Close();   // TSessionServer opens its own; the signal mask stays blocked
   int Code = 0;
   {
-    TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer);
+    TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer, Listener);
     Code = Server.Run();
   }
   std::fflush(nullptr);
@@ -152,8 +160,11 @@ void TListener::ServeInChild(TSshSession Session, const std::string& Peer) {
 }
 
 void TListener::ReadSignals() {
-  while (int Signal = FSignals.Next()) {
-    if (Signal == SIGCHLD) {
+  pid_t Sender = 0;
+  while (int Signal = FSignals.Next(&Sender)) {
+    if (Signal == SIGUSR1) {
+      FLoggingIn.erase(Sender);  // its client logged in (TSessionServer)
+    } else if (Signal == SIGCHLD) {
       Reap();
     } else if (Signal == SIGTERM || Signal == SIGINT) {
       Log(std::string("received SIG") + ::sigabbrev_np(Signal) + ": stopping");
@@ -165,7 +176,23 @@ void TListener::ReadSignals() {
 void TListener::Reap() {
   int Status = 0;
   pid_t Pid;
-  while ((Pid = ::waitpid(-1, &Status, WNOHANG)) > 0) FConnections.erase(Pid);
+  while ((Pid = ::waitpid(-1, &Status, WNOHANG)) > 0) {
+    FConnections.erase(Pid);
+    FLoggingIn.erase(Pid);
+  }
+}
+
+void TListener::Refuse(const std::string& Peer, const std::string& Why) {
+  // The connection closes as Session goes. A flood must not flood the log too: the first
+  // refusal is logged, then at most one line per RefusalLogSeconds with the count.
+  constexpr auto RefusalLogSeconds = std::chrono::seconds(10);
+  ++FRefusedSinceLog;
+  const auto Now = std::chrono::steady_clock::now();
+  if (FLastRefusalLog != std::chrono::steady_clock::time_point{} && Now - FLastRefusalLog < RefusalLogSeconds) return;
+  Log("refused connection from " + Peer + ": " + Why +
+      (FRefusedSinceLog > 1 ? " (" + std::to_string(FRefusedSinceLog) + " refused since the last such line)" : ""));
+  FRefusedSinceLog = 0;
+  FLastRefusalLog = Now;
 }
 
 void TListener::StopConnections() {

@@ -29,6 +29,11 @@ TParseOutcome ParseOptions(int argc, char** argv, TServerOptions& Options) {
                  "connections served at once (each one process); further ones are closed at once")
       ->check(CLI::Range(1, 10000))
       ->capture_default_str();
+  App.add_option("--max-startups", Options.MaxStartups,
+                 "connections not logged in yet, at once; further ones are closed at once (so that idle "
+                 "connections cannot shut out the users)")
+      ->check(CLI::Range(1, 10000))
+      ->capture_default_str();
   // Test hooks, left out of --help.
   App.add_option("--auth-delay-ms", Options.AuthDelayMs)->check(CLI::Range(0, 60000))->group("");
   App.add_option("--login-grace-seconds", Options.LoginGraceSeconds)->check(CLI::Range(1, 3600))->group("");

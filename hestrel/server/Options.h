@@ -15,7 +15,8 @@ struct TServerOptions {
   std::string HostKeyFile;                  ///< empty: DefaultHostKeyPath()
   std::string RootDir;                      ///< working directory of commands; empty: home
   std::string SftpServer = "/usr/lib/openssh/sftp-server";
-  int MaxConnections = 64;        ///< connections served at once; more are closed at once
+  int MaxConnections = 256;       ///< connections served at once; more are closed at once
+  int MaxStartups = 16;           ///< of those, connections not logged in yet
   int AuthDelayMs = 1500;         ///< pause after each failed password (hidden option)
   int LoginGraceSeconds = 60;     ///< time allowed for key exchange and login (hidden option)
 };

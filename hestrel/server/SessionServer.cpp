@@ -29,8 +29,12 @@ constexpr int SessionPollMs = 5000;
 }  // namespace
 
 TSessionServer::TSessionServer(TSshSession Session, const TServerOptions& Options,
-                               const TAuthenticator& Authenticator, std::string Peer)
-    : FSession(std::move(Session)), FOptions(Options), FAuthenticator(Authenticator), FPeer(std::move(Peer)) {}
+                               const TAuthenticator& Authenticator, std::string Peer, pid_t Listener)
+    : FSession(std::move(Session)),
+      FOptions(Options),
+      FAuthenticator(Authenticator),
+      FPeer(std::move(Peer)),
+      FListener(Listener) {}
 
 TSessionServer::~TSessionServer() {
   FRelays.clear();  // removes their watches from the event first
@@ -160,6 +164,8 @@ int TSessionServer::OnPassword(ssh_session, const char* User, const char* Passwo
     S->FAuthenticated = true;
     S->FUser = Name;
     Log("login of user '" + Name + "' from " + S->FPeer + " accepted");
+    // Only to the listener that forked us (were it gone, our parent would be another process).
+    if (S->FListener != 0 && ::getppid() == S->FListener) ::kill(S->FListener, SIGUSR1);
     return SSH_AUTH_SUCCESS;
   }
   ++S->FFailures;

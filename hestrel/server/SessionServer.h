@@ -22,8 +22,10 @@ class TAuthenticator;
 
 class TSessionServer {
  public:
+  /// Listener, when not 0, gets SIGUSR1 once the client has logged in (so it stops counting
+  /// this connection among those still logging in).
   TSessionServer(TSshSession Session, const TServerOptions& Options, const TAuthenticator& Authenticator,
-                 std::string Peer);
+                 std::string Peer, pid_t Listener = 0);
   ~TSessionServer();
   TSessionServer(const TSessionServer&) = delete;
   TSessionServer& operator=(const TSessionServer&) = delete;
@@ -47,6 +49,7 @@ class TSessionServer {
   const TServerOptions& FOptions;
   const TAuthenticator& FAuthenticator;
   std::string FPeer;
+  pid_t FListener = 0;
   TSignalFd FSignals;
   TSshEvent FEvent;
   ssh_server_callbacks_struct FCallbacks{};

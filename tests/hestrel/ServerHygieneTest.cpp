@@ -79,6 +79,17 @@ TEST(HestrelServerStart, ARelativeHostKeyPathWorksAlthoughCommandsRunElsewhere) 
   EXPECT_EQ(SSH_AUTH_SUCCESS, Client.Login("u", Server.Password()));
 }
 
+/// Connects and logs in, retrying for a while (the listener learns of logins and ends of
+/// connections through signals, a moment after they happen).
+bool ServedSoon(const TTestServer& Server) {
+  for (int Attempt = 0; Attempt < 50; ++Attempt) {
+    TServerTestClient Client;
+    if (Client.Connect(Server.Port()) && Client.Login("u", Server.Password()) == SSH_AUTH_SUCCESS) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  return false;
+}
+
 TEST(HestrelServerStart, ConnectionsBeyondTheLimitAreClosedAtOnce) {
   TTestServer Server;
   ASSERT_TRUE(Server.Start({"--max-connections", "1"})) << Server.Log();
@@ -90,12 +101,36 @@ TEST(HestrelServerStart, ConnectionsBeyondTheLimitAreClosedAtOnce) {
     EXPECT_FALSE(Second.Connect(Server.Port()));
     EXPECT_TRUE(LogShows(Server, ": 1 connections open")) << Server.Log();
   }
-  // Once the first connection is gone, a new one is served again.
-  bool Served = false;
-  for (int Attempt = 0; Attempt < 50 && !Served; ++Attempt) {
-    TServerTestClient Again;
-    Served = Again.Connect(Server.Port()) && Again.Login("u", Server.Password()) == SSH_AUTH_SUCCESS;
-    if (!Served) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_TRUE(ServedSoon(Server)) << Server.Log();  // the first one is gone
+}
+
+TEST(HestrelServerStart, IdleConnectionsThatNeverLogInCannotShutOutTheUsers) {
+  TTestServer Server;
+  ASSERT_TRUE(Server.Start({"--max-startups", "1"})) << Server.Log();
+  TServerTestClient Idle;
+  ASSERT_TRUE(Idle.Connect(Server.Port()));  // key exchange done, no login
+  TServerTestClient Second;
+  EXPECT_FALSE(Second.Connect(Server.Port()));
+  EXPECT_TRUE(LogShows(Server, ": 1 connections not logged in yet")) << Server.Log();
+  // Once the idle one logs in it no longer counts: another user is served beside it.
+  ASSERT_EQ(SSH_AUTH_SUCCESS, Idle.Login("u", Server.Password()));
+  EXPECT_TRUE(ServedSoon(Server)) << Server.Log();
+}
+
+TEST(HestrelServerStart, AFloodOfRefusalsIsLoggedOnceWithItsCount) {
+  TTestServer Server;
+  ASSERT_TRUE(Server.Start({"--max-startups", "1"})) << Server.Log();
+  TServerTestClient Idle;
+  ASSERT_TRUE(Idle.Connect(Server.Port()));
+  for (int I = 0; I < 5; ++I) {
+    TServerTestClient Refused;
+    EXPECT_FALSE(Refused.Connect(Server.Port()));
   }
-  EXPECT_TRUE(Served) << Server.Log();
+  EXPECT_TRUE(LogShows(Server, "connections not logged in yet")) << Server.Log();
+  const std::string Log = Server.Log();
+  std::size_t Lines = 0;
+  for (std::size_t At = Log.find("refused connection from"); At != std::string::npos;
+       At = Log.find("refused connection from", At + 1))
+    ++Lines;
+  EXPECT_EQ(Lines, 1u) << Log;
 }
