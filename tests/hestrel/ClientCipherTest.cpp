@@ -36,7 +36,7 @@ TEST(HestrelPasswordCipher, KeyFileIsCreatedOnFirstUseWith32BytesAndMode0600) {
   EXPECT_EQ(Cipher.KeyFilePath(), Dir / "sub/hestrel.key");
 }
 
-TEST(HestrelPasswordCipher, ProcessesMeetingOnFirstUseShareOneWholeKey) {
+TEST(HestrelPasswordCipher, CiphersMeetingOnFirstUseShareOneWholeKey) {
   // Each round: a new directory and eight ciphers making the key at the same moment. Every
   // stored form must decipher afterwards, so nobody read a half-written key or kept its own.
   for (int Round = 0; Round < 300; ++Round) {
