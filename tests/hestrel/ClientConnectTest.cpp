@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <fstream>
@@ -194,23 +195,41 @@ namespace {
 constexpr unsigned char Mask = 0x5a;  // the searched bytes are kept masked, so the test holds no copy
 
 /// Counts the places in this process's writable memory (heap, anonymous maps, stacks, data)
-/// that hold the bytes whose masked form is Masked.
+/// that hold the bytes whose masked form is Masked. The memory is read through /proc/self/mem,
+/// so a page that cannot be read is an error to skip, not a crash, and the reads are not
+/// AddressSanitizer's business (it would see freed memory read on purpose). Regions of 1 GiB
+/// or more are passed over: only AddressSanitizer's reserved shadow is that big here.
 int CopiesInMemory(const std::vector<unsigned char>& Masked) {
+  constexpr std::size_t MaxRegion = std::size_t{1} << 30;
+  constexpr std::size_t Chunk = std::size_t{1} << 20;
+  const int Mem = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+  if (Mem < 0) return -1;
   std::ifstream Maps("/proc/self/maps");
+  std::vector<unsigned char> Buffer(Chunk + Masked.size());
   int Found = 0;
   for (std::string Line; std::getline(Maps, Line);) {
     unsigned long Begin = 0, End = 0;
     char Perms[5] = {};
-    if (std::sscanf(Line.c_str(), "%lx-%lx %4s", &Begin, &End, Perms) != 3 || std::strncmp(Perms, "rw", 2) != 0)
+    if (std::sscanf(Line.c_str(), "%lx-%lx %4s", &Begin, &End, Perms) != 3 || std::strncmp(Perms, "rw", 2) != 0 ||
+        End - Begin >= MaxRegion)
       continue;
-    const auto* Bytes = reinterpret_cast<const unsigned char*>(Begin);
-    const std::size_t Size = End - Begin;
-    for (std::size_t I = 0; I + Masked.size() <= Size; ++I) {
-      std::size_t J = 0;
-      while (J < Masked.size() && (Bytes[I + J] ^ Mask) == Masked[J]) ++J;
-      if (J == Masked.size()) ++Found;
+    // Chunks overlap by the pattern's length, so a copy across a chunk border is still seen.
+    for (unsigned long At = Begin; At < End; At += Chunk) {
+      const std::size_t Want = std::min<std::size_t>(Buffer.size(), End - At);
+      const ssize_t Got = ::pread(Mem, Buffer.data(), Want, static_cast<off_t>(At));
+      if (Got < static_cast<ssize_t>(Masked.size())) continue;
+      const std::size_t Last = std::min<std::size_t>(static_cast<std::size_t>(Got) - Masked.size(), Chunk - 1);
+      const unsigned char First = Masked[0] ^ Mask;
+      for (const unsigned char* P = Buffer.data(); (P = static_cast<const unsigned char*>(
+                                                        std::memchr(P, First, Buffer.data() + Last + 1 - P)));
+           ++P) {
+        std::size_t J = 1;
+        while (J < Masked.size() && (P[J] ^ Mask) == Masked[J]) ++J;
+        if (J == Masked.size()) ++Found;
+      }
     }
   }
+  ::close(Mem);
   return Found;
 }
 
