@@ -135,9 +135,7 @@ TLocalTempFile::TLocalTempFile(const std::string& FinalPath) : FFinalPath(FinalP
   const auto Slash = FinalPath.rfind('/');
   const std::string Dir = Slash == std::string::npos ? "." : FinalPath.substr(0, Slash);
   const std::string Name = Slash == std::string::npos ? FinalPath : FinalPath.substr(Slash + 1);
-  char Tag[9];
-  snprintf(Tag, sizeof Tag, "%08x", randombytes_random());
-  FTempPath = Dir + "/." + Name.substr(0, 200) + "." + Tag + ".hestrel-part";
+  FTempPath = Dir + "/" + TemporaryName(Name);
   FFd = open(FTempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644);
   if (FFd < 0) FErrno = errno;
 }
@@ -193,6 +191,12 @@ namespace {
 constexpr std::string_view TemporarySuffix = ".hestrel-part";
 constexpr std::size_t TagDigits = 8;
 }  // namespace
+
+std::string TemporaryName(std::string_view Name) {
+  char Tag[TagDigits + 1];
+  snprintf(Tag, sizeof Tag, "%08x", randombytes_random());
+  return std::string(".").append(Name.substr(0, 200)).append(".").append(Tag).append(TemporarySuffix);
+}
 
 bool IsTemporaryName(std::string_view Name) {
   // "." NAME "." 8 hex digits ".hestrel-part"

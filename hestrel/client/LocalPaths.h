@@ -71,8 +71,11 @@ class TLocalTempFile {
   bool FCommitted = false;
 };
 
-/// True for a name TLocalTempFile gives: ".NAME.XXXXXXXX.hestrel-part", NAME not empty and
-/// XXXXXXXX eight lowercase hexadecimal digits.
+/// The hidden name a file named Name is written under until it is whole (locally by
+/// TLocalTempFile, remotely by uploads): ".NAME.XXXXXXXX.hestrel-part", NAME cut to 200 bytes,
+/// XXXXXXXX eight random lowercase hexadecimal digits.
+std::string TemporaryName(std::string_view Name);
+/// True for a name TemporaryName gives (NAME not empty).
 bool IsTemporaryName(std::string_view Name);
 
 /// Temporary files older than this are leftovers of a process that was killed.

@@ -3,7 +3,6 @@
 #include "client/SftpUpload.h"
 
 #include <fcntl.h>
-#include <sodium.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 
@@ -52,10 +51,7 @@ struct TUpload {
 std::string TempNameFor(const std::string& Target) {
   const auto Slash = Target.find_last_of('/');
   const std::string Dir = Slash == std::string::npos ? "" : Target.substr(0, Slash + 1);
-  const std::string Name = Slash == std::string::npos ? Target : Target.substr(Slash + 1);
-  char Tag[9];
-  snprintf(Tag, sizeof Tag, "%08x", randombytes_random());
-  return Dir + "." + Name.substr(0, 200) + "." + Tag + ".hestrel-part";
+  return Dir + TemporaryName(Slash == std::string::npos ? Target : Target.substr(Slash + 1));
 }
 
 /// A failed remote write: "disk full" when the remote file system says it has no room.
