@@ -1,7 +1,6 @@
 // Part 2.1: Settings-store layout — LoadOptions, SaveOptions and the two SaveProfile.
 // The order of store calls is the spec's, value by value: a store written by one build
 // is read by another, and tests assert the logged sequence.
-#include <algorithm>
 #include <vector>
 
 #include "core/RemoteProfileManager.h"
@@ -10,14 +9,11 @@
 #include "persistence/DefaultSdkPaths.h"
 #include "persistence/ProfileFiles.h"
 #include "persistence/SettingsStoreLayout.h"
+#include "persistence/StoredPathItems.h"
 
 namespace {
 
 namespace L = StoreLayout;
-
-/// A damaged store cannot make the loader allocate without end (docs/DECISIONS.md); real
-/// profiles hold a few dozen items.
-constexpr std::int32_t MaxStoredPathCount = 65536;
 
 /// What one profile is loaded as, from its profile file or its sub-section.
 struct TLoadedProfile {
@@ -36,18 +32,7 @@ void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
   const std::string Password = Settings.ReadString(Section, L::Password, "");
   const std::string PassFile = Settings.ReadString(Section, L::PassFile, "");
   P.LocalRoot = Settings.ReadString(Section, L::LocalRoot, "");
-  const std::int32_t Count = std::min(Settings.ReadInteger(Section, L::PathCount, 0), MaxStoredPathCount);
-  P.Paths = TOTARemoteProfilePathArray();
-  P.Paths.SetLength(Count > 0 ? static_cast<std::size_t>(Count) : 0);
-  for (std::int32_t I = 0; I < Count; ++I) {
-    TOTARemoteProfilePathItem& Item = P.Paths[static_cast<std::size_t>(I)];
-    Item.Path = Settings.ReadString(Section, Format(L::PathFmt, {std::int64_t{I}}), "");
-    Item.Mask = Settings.ReadString(Section, Format(L::MaskFmt, {std::int64_t{I}}), "");
-    Item.IncludeSubDir = Settings.ReadBool(Section, Format(L::IncludeSubDirFmt, {std::int64_t{I}}), false);
-    // Only the low 8 bits of the stored integer are kept.
-    Item.Type = static_cast<TOTAPathItemType>(
-        static_cast<std::uint8_t>(Settings.ReadInteger(Section, Format(L::TypeFmt, {std::int64_t{I}}), 0)));
-  }
+  P.Paths = ReadStoredPathItems(Settings, Section, Settings.ReadInteger(Section, L::PathCount, 0));
   // A password file takes precedence; a password stays in its stored (enciphered) form.
   P.Credential.IsEncrypted = true;
   P.Credential.IsPassword = PassFile.empty();
@@ -128,17 +113,10 @@ void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCu
     Ini->WriteString(Section, L::LocalRoot, Profile->GetSystemRoot());
     Ini->WriteInteger(Section, L::PathCount, static_cast<std::int32_t>(Paths.size()));
   }
+  // Step 3: each item sorted into the profile file's lists (no store call) and written.
   TPathItemLists Lists;
-  for (std::size_t I = 0; I < Paths.size(); ++I) {
-    const TOTARemoteProfilePathItem& Item = Paths[I];
-    Lists.Add(Item);
-    if (!Ini) continue;
-    const std::int64_t N = static_cast<std::int64_t>(I);
-    Ini->WriteString(Section, Format(L::PathFmt, {N}), Item.Path);
-    Ini->WriteString(Section, Format(L::MaskFmt, {N}), Item.Mask);
-    Ini->WriteBool(Section, Format(L::IncludeSubDirFmt, {N}), Item.IncludeSubDir);
-    Ini->WriteInteger(Section, Format(L::TypeFmt, {N}), static_cast<std::int32_t>(Item.Type));
-  }
+  for (std::size_t I = 0; I < Paths.size(); ++I) Lists.Add(Paths[I]);
+  if (Ini) WriteStoredPathItems(*Ini, Section, Paths);
   SaveProfileFile(FileName, Name, Profile->GetPlatformName(), Profile->GetHostName(), Profile->GetPortNumber(), Stored,
                   Profile->GetSystemRoot(), Lists.IncludePaths, Lists.LibraryPaths, Lists.OtherPaths,
                   Lists.FrameworkPaths);

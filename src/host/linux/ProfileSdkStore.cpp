@@ -1,19 +1,15 @@
 // The reference host's platform SDKs in the settings store (ProfileSdkStore.h).
 #include "host/linux/ProfileSdkStore.h"
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "persistence/DefaultSdkPaths.h"
+#include "persistence/SettingsStoreLayout.h"
+#include "persistence/StoredPathItems.h"
 
 namespace {
 
 const char SectionRoot[] = "ProfileSDKs\\";
-/// As Part 2.1's loader: a damaged count cannot make the reader allocate billions of items.
-constexpr std::int32_t MaxPathCount = 65536;
-
-std::string Numbered(const char* Name, std::size_t Index) { return Name + std::to_string(Index); }
 
 }  // namespace
 
@@ -22,25 +18,16 @@ TProfileSdkStore::TProfileSdkStore(TCustomIniFilePtr Settings) : FSettings(std::
 std::string TProfileSdkStore::SectionName(const std::string& ProfileName) { return SectionRoot + ProfileName; }
 
 bool TProfileSdkStore::HasEntry(const std::string& ProfileName) const {
-  return FSettings && FSettings->ReadInteger(SectionName(ProfileName), "PathCount", -1) >= 0;
+  return FSettings && FSettings->ReadInteger(SectionName(ProfileName), StoreLayout::PathCount, -1) >= 0;
 }
 
 bool TProfileSdkStore::Read(const std::string& ProfileName, TOTARemoteProfilePathArray& Items) const {
   Items = {};
   if (!FSettings) return false;
   const std::string Section = SectionName(ProfileName);
-  const std::int32_t Count = FSettings->ReadInteger(Section, "PathCount", -1);
+  const std::int32_t Count = FSettings->ReadInteger(Section, StoreLayout::PathCount, -1);
   if (Count < 0) return false;
-  std::vector<TOTARemoteProfilePathItem> Read(static_cast<std::size_t>(std::min(Count, MaxPathCount)));
-  for (std::size_t I = 0; I < Read.size(); ++I) {
-    TOTARemoteProfilePathItem& Item = Read[I];
-    Item.Path = FSettings->ReadString(Section, Numbered("Path", I), "");
-    Item.Mask = FSettings->ReadString(Section, Numbered("Mask", I), "");
-    Item.IncludeSubDir = FSettings->ReadBool(Section, Numbered("IncludeSubDir", I), false);
-    // The type integer keeps its low 8 bits, as Part 2.1 reads it.
-    Item.Type = static_cast<TOTAPathItemType>(FSettings->ReadInteger(Section, Numbered("Type", I), 0) & 0xFF);
-  }
-  Items = TOTARemoteProfilePathArray(std::move(Read));
+  Items = ReadStoredPathItems(*FSettings, Section, Count);
   return true;
 }
 
@@ -48,13 +35,8 @@ void TProfileSdkStore::Write(const std::string& ProfileName, const TOTARemotePro
   if (!FSettings) return;
   const std::string Section = SectionName(ProfileName);
   FSettings->EraseSection(Section);
-  FSettings->WriteInteger(Section, "PathCount", static_cast<std::int32_t>(Items.size()));
-  for (std::size_t I = 0; I < Items.size(); ++I) {
-    FSettings->WriteString(Section, Numbered("Path", I), Items[I].Path);
-    FSettings->WriteString(Section, Numbered("Mask", I), Items[I].Mask);
-    FSettings->WriteBool(Section, Numbered("IncludeSubDir", I), Items[I].IncludeSubDir);
-    FSettings->WriteInteger(Section, Numbered("Type", I), static_cast<std::int32_t>(Items[I].Type));
-  }
+  FSettings->WriteInteger(Section, StoreLayout::PathCount, static_cast<std::int32_t>(Items.size()));
+  WriteStoredPathItems(*FSettings, Section, Items);
 }
 
 void TProfileSdkStore::Erase(const std::string& ProfileName) {
