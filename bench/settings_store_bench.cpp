@@ -13,9 +13,9 @@
 
 #include "core/RemoteProfileManager.h"
 #include "host/HostServices.h"
-#include "host/linux/IniFile.h"
-#include "host/linux/LinuxEnvironment.h"
-#include "host/linux/LinuxPlatforms.h"
+#include "hosts/linux/IniFile.h"
+#include "hosts/linux/LinuxEnvironment.h"
+#include "hosts/linux/LinuxPlatforms.h"
 
 #if __has_include("client/ClientFactory.h")
 #include "client/ClientFactory.h"

@@ -9,7 +9,7 @@
 #include "HostSetup.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
-#include "host/linux/TerminalMessageBox.h"
+#include "hosts/linux/TerminalMessageBox.h"
 
 TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err)
     : FOptions(Options), FIn(In), FOut(Out), FErr(Err) {}

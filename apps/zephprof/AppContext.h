@@ -8,9 +8,9 @@
 #include <string>
 
 #include "core/RemoteProfileManager.h"
-#include "host/linux/IniFile.h"
-#include "host/linux/ProfileSdkStore.h"
-#include "host/linux/TerminalProgress.h"
+#include "hosts/linux/IniFile.h"
+#include "hosts/linux/ProfileSdkStore.h"
+#include "hosts/linux/TerminalProgress.h"
 #include "ui/ProfileCommands.h"
 
 /// Exit statuses: success, the operation failed, a usage error.

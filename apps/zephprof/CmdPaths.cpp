@@ -1,5 +1,5 @@
 // zephprof: paths (a profile's remote SDK path items, kept in the reference host's SDK store,
-// src/host/linux/ProfileSdkStore.h) and default-paths (a platform's default set, Part 2.3);
+// hosts/linux/ProfileSdkStore.h) and default-paths (a platform's default set, Part 2.3);
 // export and import of profile files (Parts 2.2, 6.1).
 #include <filesystem>
 #include <memory>

@@ -7,7 +7,7 @@
 #include "Json.h"
 #include "core/ResourceStrings.h"
 #include "core/Text.h"
-#include "host/linux/ProfilePlatformSDK.h"
+#include "hosts/linux/ProfilePlatformSDK.h"
 
 namespace {
 
@@ -90,7 +90,7 @@ int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
   // Part 3.3 pulls the items of the host's platform SDK: on the reference host the profile's
-  // entry in the SDK store (src/host/linux/ProfileSdkStore.h), or the --item ones of this run.
+  // entry in the SDK store (hosts/linux/ProfileSdkStore.h), or the --item ones of this run.
   IOTAPlatformSDKPtr SDK = std::make_shared<TProfilePlatformSDK>(P, C.SdksPtr());
   if (!ItemTexts.empty()) {
     std::vector<TOTARemoteProfilePathItem> Items;

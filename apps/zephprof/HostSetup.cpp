@@ -4,8 +4,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "host/HostIntegration.h"
-#include "host/linux/LinuxHost.h"
+#include "host/startup/HostIntegration.h"
+#include "hosts/linux/LinuxHost.h"
 
 TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir,
                         IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, std::string& LoadError) {

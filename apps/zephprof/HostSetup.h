@@ -6,7 +6,7 @@
 
 #include "host/MessageBox.h"
 #include "host/ProgressDisplay.h"
-#include "host/linux/IniFile.h"
+#include "hosts/linux/IniFile.h"
 
 /// Installs the reference host with the settings file SettingsFile and the application
 /// data directory DataDir (each empty: the XDG default), the given message box and

@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "Commands.h"
-#include "host/linux/TerminalProgress.h"
+#include "hosts/linux/TerminalProgress.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "ManagerTestSupport.h"
 #include "doubles/HostDoubles.h"
-#include "host/HostIntegration.h"
+#include "host/startup/HostIntegration.h"
 
 namespace {
 class HostIntegration : public THostFixture {

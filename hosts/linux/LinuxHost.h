@@ -1,0 +1,43 @@
+// The reference Linux host put together (Overview "Platform interfaces"; Part 7.1's host
+// side): the settings file, XDG directories, platforms, build-environment file and the
+// Hestrel agent library, installed as the process's THostServices.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/HostServices.h"
+#include "hosts/linux/LinuxEnvFileWriter.h"
+#include "hosts/linux/IniFile.h"
+#include "hosts/linux/LinuxEnvironment.h"
+
+/// What a front end chooses; an empty or null member takes the default named.
+struct TLinuxHostOptions {
+  std::string SettingsFileName;   ///< LinuxHost::DefaultSettingsFileName()
+  std::string AppDataDir;         ///< LinuxHost::DefaultAppDataDir()
+  std::string BaseDocumentsDir;   ///< LinuxHost::DefaultBaseDocumentsDir()
+  std::string EnvFileName;        ///< "environment.proj" next to the settings file
+  IOTAMessageServicesPtr Messages;          ///< the front end's message boxes (none: nullptr)
+  IProgressDisplayPtr ProgressDisplay;      ///< the front end's progress display
+  IOTAProjectServicesPtr Projects;          ///< open projects, when the front end has any
+  TRAClientFactoryPtr AgentLibrary;         ///< hestrel::THestrelClientFactory(app-data dir)
+};
+
+/// The installed host and the concrete pieces a front end needs beyond the interfaces.
+struct TLinuxHost {
+  THostServices Services;                              ///< exactly what was installed
+  TIniFilePtr Settings;                                ///< Services.AppIniFile
+  /// Why the settings file could not be loaded ("" when it loaded or did not exist). The
+  /// store is then empty and refuses UpdateFile; a front end reports this and stops (as
+  /// zephprof does). Going on would not be read-only: the refusal guards only the settings
+  /// file, and a change would still write profile files (Part 2.2) and environment.proj.
+  std::string SettingsLoadError;
+  std::shared_ptr<TLinuxEnvironment> Environment;      ///< Services.Environment
+  std::shared_ptr<TLinuxEnvFileWriter> EnvFileWriter;  ///< Services.EnvFileWriter
+};
+
+/// Loads the settings file, makes its directory (mode 0700) when missing, builds the host
+/// services and installs them with SetHostServices. The manager is not created here; the
+/// first RemoteProfileMgr() does that with Services.AppIniFile (Part 1.2). Front ends call
+/// Settings->UpdateFile() after an operation that writes (the manager never commits).
+TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options = {});
