@@ -1,11 +1,10 @@
-// Part 1.3: Change notification — the notifier registry, SendNotify and NotifyRenames.
+// Change notification: the notifier registry, SendNotify and NotifyRenames.
 #include <filesystem>
 
 #include "core/RemoteProfileManager.h"
 
 std::int32_t TRemoteProfileManager::AddNotifier(const IOTARemoteProfileNotifierPtr& Notifier) {
-  // The host's AddToList: this build always appends (Part 1.3 leaves it open); either
-  // way the indices handed out stay valid.
+  // Always appends, and removal only empties a slot: every index handed out stays valid.
   FNotifiers.push_back(Notifier);
   return static_cast<std::int32_t>(FNotifiers.size() - 1);
 }
@@ -56,7 +55,7 @@ void TRemoteProfileManager::NotifyRenames(const std::vector<std::pair<std::strin
     const IOTARemoteProfilePtr Profile = GetProfile(OldName);
     if (!Profile) continue;
     // Another profile under the new name is being replaced — or, for a case-only rename,
-    // the profile itself, which then leaves the manager (Part 1.3: required behaviour).
+    // the profile itself, which then leaves the manager.
     if (const IOTARemoteProfilePtr Existing = GetProfile(NewName)) {
       RemoveProfile(Existing);
       if (FSettings) {

@@ -1,10 +1,10 @@
-// Multicast events (Part 1.3, unit Events): TEventT keeps an ordered handler list;
-// TEvent1 / TEvent2 add typed Add, Remove and Send.
+// Multicast events: TEventT keeps an ordered handler list; TEvent1 / TEvent2 add typed
+// Add, Remove and Send.
 //
-// The host-neutral rules (Part 1.3 "Left to the implementer", docs/DECISIONS.md): a
-// handler is identified by the id Add returns; adding the same function twice gives two
-// subscriptions; Send walks the handlers registered when it starts, skipping any removed
-// meanwhile; a handler added during Send is first called by the next Send.
+// The rules every event follows (docs/DECISIONS.md): a handler is identified by the id Add
+// returns; adding the same function twice gives two subscriptions; Send walks the handlers
+// registered when it starts, skipping any removed meanwhile; a handler added during Send is
+// first called by the next Send.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Part 2.3: GetPlatformDisplayName and ReplacePathPart (core/PathFunctions.h). In core because
-// the profile's rename (Part 1.1) uses ReplacePathPart; they need nothing but the host.
+// GetPlatformDisplayName and ReplacePathPart. In core because a profile's rename moves its
+// local root with ReplacePathPart; they need nothing but the host.
 #include "core/PathFunctions.h"
 
 #include <vector>
@@ -36,7 +36,7 @@ std::string ReplacePathPart(const std::string& Path, const std::string& OldPart,
   bool Replaced = false;
   std::string Result;
   for (std::size_t I = 0; I < Components.size(); ++I) {
-    // SameFileName: not case-sensitive on the host's system (Part 2.3 step 3).
+    // Compared as file names of the host's system: ignoring case.
     const bool Match = SameText(Components[I], OldPart);
     Replaced = Replaced || Match;
     if (I > 0) Result += '\\';

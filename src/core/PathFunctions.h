@@ -1,5 +1,5 @@
-// Part 2.3's two free functions that the core itself needs: a profile's rename moves its
-// local root with ReplacePathPart (Part 1.1), and the store loader and the pages ask
+// The two path helpers that the core itself needs: a profile's rename moves its local
+// root with ReplacePathPart, and the store loader and the pages ask
 // GetPlatformDisplayName. Declared here so that core never includes persistence; the
 // persistence header DefaultSdkPaths.h includes this one, so its callers see them as before.
 #pragma once
@@ -11,5 +11,5 @@ std::string GetPlatformDisplayName(const std::string& PlatformName);
 
 /// Replaces every backslash-separated component of Path that names the same file as
 /// OldPart (ignoring case) by NewPart; Path unchanged when nothing matched. Backslash is
-/// the only separator, as Part 2.3 writes (docs/DECISIONS.md).
+/// the only separator, so a POSIX path is one component (docs/DECISIONS.md).
 std::string ReplacePathPart(const std::string& Path, const std::string& OldPart, const std::string& NewPart);

@@ -1,5 +1,5 @@
 // A case-insensitive index of the profiles filed in a manager's lists, kept in step with
-// them, so that the name checks of Part 1.2 (GetProfile by name, the duplicate test) do
+// them, so that the name checks (GetProfile by name, the duplicate test) do
 // not make loading quadratic. The lists stay the authority: the manager checks what the
 // index answers and walks its lists when a name is held more than once.
 #pragma once

@@ -1,5 +1,5 @@
-// Part 1.1: Remote profile (fields, setters, update bracket). The shared agent client
-// (GetClient, ReleaseClient, CloneClient) is Part 3.1's, in remote/ProfileClient.cpp.
+// Remote profile: fields, setters and the update bracket. The shared agent client
+// (GetClient, ReleaseClient, CloneClient) lives in remote/ProfileClient.cpp.
 #include "core/RemoteProfile.h"
 
 #include "core/PathFunctions.h"
@@ -51,7 +51,7 @@ void TRemoteProfile::SetPortNumber(std::int32_t Value) {
 }
 
 void TRemoteProfile::SetCredential(const TOTARemoteProfileCredential& Value) {
-  // Deliberately narrow (Part 1.1): a change of IsEncrypted alone is not a change.
+  // Deliberately narrow: a change of IsEncrypted alone is not a change.
   if (FCredential.IsPassword == Value.IsPassword && FCredential.PasswordOrFile == Value.PasswordOrFile) return;
   FCredential = Value;
   Changed();
@@ -65,7 +65,7 @@ void TRemoteProfile::SetSystemRoot(const std::string& Value) {
 }
 
 void TRemoteProfile::SetPaths(const TOTARemoteProfilePathArray& Value) {
-  // Identity, not contents (Part 1.1): an array edited in place and passed back is no change.
+  // Identity, not contents: an array edited in place and passed back is no change.
   if (FPaths.SameArray(Value)) return;
   FPaths = Value;
   Changed();
@@ -91,7 +91,7 @@ void TRemoteProfile::SetPlatformName(const std::string& Value) {
 void TRemoteProfile::BeginUpdate() { ++FUpdateCount; }
 
 void TRemoteProfile::EndUpdate() {
-  --FUpdateCount;  // no guard against unbalanced calls (Part 1.1)
+  --FUpdateCount;  // unbalanced calls are not guarded against
   if (FChangePending && FUpdateCount == 0) Changed();
 }
 

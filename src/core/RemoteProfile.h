@@ -1,5 +1,5 @@
-// Part 1.1: Remote profile. TRemoteProfile is the only implementation of the host's
-// IOTARemoteProfile and of the program's IRemoteProfile (its shared agent client, Part 3.1).
+// Remote profile. TRemoteProfile is the only implementation of the host's
+// IOTARemoteProfile and of the program's IRemoteProfile (its shared agent client).
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "host/PlatformSDK.h"
 #include "host/ToolsApi.h"
 
-/// The program's own view of a profile: its shared agent client (Part 3.1).
+/// The program's own view of a profile: its shared agent client.
 class IRemoteProfile {
  public:
   virtual ~IRemoteProfile() = default;
@@ -26,7 +26,7 @@ using TProfileNotifyEvent = std::function<void(TRemoteProfile& Sender)>;
 /// Fired after a rename (old name) or a platform change (old platform).
 using TNameChangedEvent = std::function<void(TRemoteProfile& Sender, const std::string& OldName)>;
 
-/// TOTARemoteProfileCredential to the agent's TRACredential, field for field (Part 3.1).
+/// TOTARemoteProfileCredential to the agent's TRACredential, field for field.
 void TOTARemoteProfileCredential2TRACredential(const TOTARemoteProfileCredential& Src, TRACredential& Dst);
 TRACredential ToTRACredential(const TOTARemoteProfileCredential& Src);
 TOTARemoteProfileCredential ToOTACredential(const TRACredential& Src);
@@ -35,7 +35,7 @@ class TRemoteProfile : public IOTARemoteProfile,
                        public IRemoteProfile,
                        public std::enable_shared_from_this<TRemoteProfile> {
  public:
-  /// Stores every argument; fires nothing and validates nothing (Part 1.1).
+  /// Stores every argument; fires nothing and validates nothing.
   TRemoteProfile(std::string Name, std::string PlatformName, std::string HostName, std::int32_t PortNumber,
                  TOTARemoteProfileCredential Credential, std::string SystemRoot, TOTARemoteProfilePathArray Paths,
                  TProfileNotifyEvent OnChange, TNameChangedEvent OnNameChange, TNameChangedEvent OnPlatformChange);
@@ -62,7 +62,7 @@ class TRemoteProfile : public IOTARemoteProfile,
   void BeginUpdate() override;
   void EndUpdate() override;
 
-  // IRemoteProfile (Part 3.1)
+  // IRemoteProfile, in remote/ProfileClient.cpp
   TRAClientPtr GetClient(const IOTAPlatformSDKPtr& SDK, bool SetSysRoot) override;
   void ReleaseClient() override;
   TRAClientPtr CloneClient() override;
@@ -73,7 +73,7 @@ class TRemoteProfile : public IOTARemoteProfile,
 
  private:
   void Changed();
-  TRAClientPtr NewClient() const;  // GetClient step 1 into a fresh client
+  TRAClientPtr NewClient() const;  // a fresh client set up from this profile's fields
 
   std::string FName;
   std::string FPlatformName;
@@ -86,7 +86,7 @@ class TRemoteProfile : public IOTARemoteProfile,
   TNameChangedEvent FOnNameChange;
   TNameChangedEvent FOnPlatformChange;
   TRAClientPtr FClient;
-  bool FSystemRootFlag = true;  // Part 1.1 clears it and nothing reads it
+  bool FSystemRootFlag = true;  // SetSystemRoot clears it; nothing reads it
   std::int32_t FClientUseCount = 0;
   std::int32_t FUpdateCount = 0;
   bool FChangePending = false;

@@ -1,4 +1,4 @@
-// Part 1.2: Profile manager — per-platform lists, parent platforms, defaults, name
+// Profile manager: per-platform lists, parent platforms, defaults, name
 // validation, Assign, the profile callbacks and the process-wide instance.
 #include "core/RemoteProfileManager.h"
 
@@ -14,7 +14,7 @@ namespace {
 const char kEnvProfileGroup[] = "'$(Profile)'=='' And '$(Platform)'=='%s'";
 const char kEnvPlatformGroup[] = "'$(Platform)'=='%s'";
 
-/// The platform's file-name character rule without wildcards (Part 1.2 test 2): control
+/// The platform's file-name character rule without wildcards: control
 /// characters and  " * / : < > ? \ |  are refused. The stricter of the host rules, so a
 /// name is a file name everywhere and never a path (docs/DECISIONS.md). A name longer than
 /// MaxProfileNameBytes is refused too: its profile file could never be made.
@@ -178,8 +178,8 @@ void TRemoteProfileManager::WriteEnvOptions() {
         Writer->SetCurrentPropertyGroup(Format(kEnvProfileGroup, {Platform}));
         Writer->UpdateEnvFile("Profile", Default->GetName());
       } else {
-        // Left to the implementer (Part 1.2): the property is emptied, which the
-        // reference writer takes as removing it.
+        // No default: the property is emptied, which the reference writer takes as
+        // removing it.
         Writer->SetCurrentPropertyGroup(Format(kEnvPlatformGroup, {Platform}));
         Writer->UpdateEnvFile("DefaultProfile", "");
       }

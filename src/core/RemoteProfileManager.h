@@ -1,5 +1,5 @@
-// Part 1.2: Profile manager (with the operations of Parts 1.3, 2.1, 2.2, 3.1 to 3.5,
-// implemented in the .cpp files of their own subsystems: persistence/, remote/).
+// Profile manager. Its operations on the settings store, profile files and the remote agent
+// are implemented in the .cpp files of their own subsystems: persistence/, remote/.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ enum TProfileNameValidationError { pnveNone, pnveBadFileName, pnveDuplicate };
 /// file-name rule (pnveBadFileName, the bad-file-name message).
 inline constexpr std::size_t MaxProfileNameBytes = 255 - 8;
 
-/// Part 1.3, in this order.
+/// What SendNotify announces, in the host's order; any other value announces nothing.
 enum TProfileNotifyAction { pnaAdded, pnaRemoved, pnaNameChanged, pnaChanged, pnaAfterRun, pnaAfterDeploy };
 
 /// The profiles of each parent platform, in order; index 0 is the platform's default.
@@ -33,7 +33,7 @@ using TProfileList = std::vector<IOTARemoteProfilePtr>;
 /// Platform name (exact key) to its list; iterated in key order (docs/DECISIONS.md).
 using TProfileDictionary = std::map<std::string, TProfileList>;
 
-/// The program's own view of a manager (Part 1.2).
+/// The program's own view of a manager.
 class IRemoteProfileManager {
  public:
   virtual ~IRemoteProfileManager() = default;
@@ -43,7 +43,7 @@ class IRemoteProfileManager {
   virtual IOTARemoteProfilePtr LoadProfile(const std::string& FileName) = 0;
 };
 
-/// Connection callback, progress procedure and state of the remote operation under way (Part 3.1).
+/// Connection callback, progress procedure and state of the remote operation under way.
 struct TProfileManagerCallbackParams {
   IOTAConnectionCallbackPtr Callback;
   TOTAProgressProc ProgressProc;
@@ -52,7 +52,8 @@ struct TProfileManagerCallbackParams {
   std::string ByteCountFormat;
 };
 
-/// Part 1.2 "Parent platform mapping": "iOSSimulator" / "iOSDevice" (any case) to "OSX32".
+/// The platform whose list holds a platform's profiles: "iOSSimulator" / "iOSDevice" (any
+/// case) share "OSX32"'s list; every other platform has its own.
 std::string ParentPlatform(const std::string& PlatformName);
 
 class TRemoteProfileManager : public IOTARemoteProfileServices,
@@ -70,7 +71,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   TRemoteProfileManager(const TRemoteProfileManager&) = delete;
   TRemoteProfileManager& operator=(const TRemoteProfileManager&) = delete;
 
-  // ---- Part 1.2 --------------------------------------------------------------------
+  // ---- Profiles, defaults and names ------------------------------------------------
   IOTARemoteProfilePtr AddProfile(const std::string& Name, const std::string& PlatformName,
                                   const std::string& HostName, std::int32_t PortNumber,
                                   const TOTARemoteProfileCredential& Credential, const std::string& SystemRoot,
@@ -91,7 +92,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   void Assign(const IRemoteProfileManagerPtr& Source) override;
   TCustomIniFilePtr GetSettings() const { return FSettings; }
 
-  // ---- Part 1.3 --------------------------------------------------------------------
+  // ---- Change notification ---------------------------------------------------------
   std::int32_t AddNotifier(const IOTARemoteProfileNotifierPtr& Notifier) override;
   void RemoveNotifier(std::int32_t Index) override;
   void SendNotify(const IOTARemoteProfilePtr& Profile, TProfileNotifyAction Action, bool Success,
@@ -99,13 +100,13 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   /// Renames: current (old) name to new name, in the order the options page collected them.
   void NotifyRenames(const std::vector<std::pair<std::string, std::string>>& Renames);
 
-  // ---- Part 2.1 --------------------------------------------------------------------
+  // ---- Settings store --------------------------------------------------------------
   void LoadOptions(TCustomIniFile& Settings);
   void SaveOptions(TCustomIniFile& Settings);
   void SaveProfile(const IOTARemoteProfilePtr& Profile, TCustomIniFile* Ini, const std::string& FileName);
   void SaveProfile(const IOTARemoteProfilePtr& Profile, const std::string& FileName) override;
 
-  // ---- Part 2.2 --------------------------------------------------------------------
+  // ---- Profile files ---------------------------------------------------------------
   static std::string GetProfileFileName(const std::string& ProfileName);
   void SaveProfileFile(const std::string& FileName, const std::string& ProfileName, const std::string& Platform,
                        const std::string& HostName, std::int32_t Port, const TRACredential& Credential,
@@ -113,14 +114,14 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
                        const TRAPathItems& LibraryPaths, const TRAPathItems& OtherPaths,
                        const TRAPathItems& FrameworkPaths);
   /// ProfileName is in and out: the name whose default file is read when FileName is
-  /// empty, and the name found in the file afterwards (Part 2.1 step 2.2 relies on it).
+  /// empty, and the name found in the file afterwards (LoadOptions relies on it).
   bool LoadProfileFile(const std::string& FileName, std::string& ProfileName, std::string& Platform,
                        std::string& HostName, std::int32_t& Port, TOTARemoteProfileCredential& Credential,
                        std::string& LocalRoot, TOTARemoteProfilePathArray& Paths, bool Confirm);
   IOTARemoteProfilePtr LoadProfile(const std::string& FileName) override;
   void MergeRemoteProfile(const IOTARemoteProfilePtr& Profile) override;
 
-  // ---- Part 3.1 --------------------------------------------------------------------
+  // ---- Agent client, operation frame and progress ----------------------------------
   TRAClientPtr ClientFromProfile(const IOTARemoteProfilePtr& Profile, bool SetSysRoot);
   void ReleaseProfileClient(const IOTARemoteProfilePtr& Profile);
   void BeginOperation(const IOTARemoteProfilePtr& Profile) override;
@@ -143,7 +144,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   bool Retry() override;  // IConnectionListener
   bool Abort() override;
 
-  // ---- Part 3.2 --------------------------------------------------------------------
+  // ---- File transfer ---------------------------------------------------------------
   bool PutFiles(const IOTARemoteProfilePtr& Profile, const std::vector<TOTAPutFileItem>& Items,
                 TOTAFileOverwriteControl OverwriteControl, const IOTAConnectionCallbackPtr& Callback,
                 const TOTAProgressProc& ProgressProc) override;
@@ -162,14 +163,14 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   bool ContinueOnError(const std::string& S1, const std::string& S2) override;
   void Deleted(const std::string& S1, const std::string& S2) override;
 
-  // ---- Part 3.3 --------------------------------------------------------------------
+  // ---- SDK file cache --------------------------------------------------------------
   bool GetProfileFiles(const IOTARemoteProfilePtr& Profile, TOTAFileOverwriteControl OverwriteControl,
                        const IOTAConnectionCallbackPtr& Callback, const TOTAProgressProc& ProgressProc) override;
   bool GetProfileFilesWithProgress(const IOTARemoteProfilePtr& Profile) override;
   void DeployMungerPatch(TRAClient& Client);
   bool EnterDirectory(const std::string& RemoteDirectory) override;  // IFileIteration
 
-  // ---- Part 3.4 --------------------------------------------------------------------
+  // ---- Remote queries --------------------------------------------------------------
   std::string ExpandPath(const IOTARemoteProfilePtr& Profile, const std::string& Path,
                          const IOTAConnectionCallbackPtr& Callback) override;
   std::string ExpandAllPaths(const IOTARemoteProfilePtr& Profile, const std::string& Paths,
@@ -187,7 +188,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   std::vector<std::string> GetEnvironmentVariables(const IOTARemoteProfilePtr& Profile,
                                                    const IOTAConnectionCallbackPtr& Callback) override;
 
-  // ---- Part 3.5 --------------------------------------------------------------------
+  // ---- Running and debugging -------------------------------------------------------
   bool Run(const IOTARemoteProfilePtr& Profile, const std::string& A, const std::string& B, const std::string& C,
            const std::string& D, const std::string& E, const std::vector<std::string>* Env, const std::string& F,
            std::string& ErrorText, std::int32_t& ProcessNumber, const IOTAConnectionCallbackPtr& Callback) override;
@@ -198,7 +199,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
                            std::int32_t& N1, std::int32_t& N2, std::string& ErrorText,
                            const IOTAConnectionCallbackPtr& Callback) override;
 
-  // ---- Class state (Parts 1.2, 1.3) -------------------------------------------------
+  // ---- Class state -----------------------------------------------------------------
   static inline std::string FSelectedProfile;
   static inline bool FDisableNotifications = false;
   static inline TEvent1<IOTARemoteProfilePtr> FEvRemoteProfileAdded;
@@ -213,23 +214,23 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
  private:
   explicit TRemoteProfileManager(TCustomIniFilePtr Settings);
 
-  // The three callbacks wired into every profile (Part 1.2).
+  // The three callbacks wired into every profile.
   void ProfileChanged(TRemoteProfile& Sender);
   void ProfileNameChanged(TRemoteProfile& Sender, const std::string& OldName);
   void PlatformNameChanged(TRemoteProfile& Sender, const std::string& OldPlatform);
 
-  bool FCreated = false;  // Part 1.2: set True by the constructor; nothing reads it
+  bool FCreated = false;  // set by the constructor; nothing reads it
   TProfileDictionary FProfiles;
   TProfileNameIndex FNameIndex;  // case-insensitive name -> profiles, in step with FProfiles
   TCustomIniFilePtr FSettings;
   TProfileManagerCallbackParams FCallbackParams;
-  std::vector<IOTARemoteProfileNotifierPtr> FNotifiers;  // nil slots kept (Part 1.3)
+  std::vector<IOTARemoteProfileNotifierPtr> FNotifiers;  // removed slots stay as nullptr
   IOTAPlatformSDKPtr FPlatformSDK;
   bool FCloseProgressWhenDone = true;
 };
 
 /// The process-wide manager, created on the first call with the host's settings store
-/// (HostServices().AppIniFile) and never freed (Part 1.2).
+/// (HostServices().AppIniFile) and never freed.
 TRemoteProfileManagerPtr RemoteProfileMgr();
 /// Tests only: forget the process-wide manager so that the next RemoteProfileMgr() makes
 /// a new one from the host installed then.

@@ -1,4 +1,4 @@
-// Part 1.3: TRemoteProfileMonitor keeps the projects of the open project group pointing at
+// TRemoteProfileMonitor keeps the projects of the open project group pointing at
 // the right profiles when profiles are renamed or removed.
 #pragma once
 

@@ -1,35 +1,35 @@
-// The system's user-facing texts (resource strings), exactly as the spec writes them.
-// "\r\n" in the spec is a carriage return and a line feed. One place, so that front ends
-// and tests use the same text the system shows.
+// The system's user-facing texts (resource strings), exactly as the user sees them;
+// "\r\n" is a carriage return and a line feed. One place, so that front ends and tests use
+// the same text the system shows.
 #pragma once
 
-// Part 1.2: name validation.
+// Name validation.
 inline constexpr const char sProfileNameBlank[] = "Profile name cannot be blank";
 inline constexpr const char sInvalidProfileName[] =
     "'%s' is not a valid profile name.  A profile name must be a valid filename";
 inline constexpr const char sDuplicateProfileName[] = "A profile named '%s' already exists";
 
-// Part 2.1: the implementer's text when Encrypt cannot encipher a typed password
+// Saving a profile whose typed password Encrypt cannot encipher
 // (docs/DECISIONS.md); raised as EProfileFileError before anything of the profile is written.
 inline constexpr const char sCannotEncipherPassword[] = "Cannot encipher the password of profile '%s'";
 
-// Part 2.2: import over an existing profile.
+// Import over an existing profile.
 inline constexpr const char sConfirmImportOverwrite[] =
     "%s.\r\n\r\nImporting this profile will overwrite the existing profile.  Are you sure you want to import this "
     "profile?";
 
-// Part 2.3: default-path files.
+// Default-path files.
 inline constexpr const char sNotApplicableForDefaultPaths[] = "Not-applicable for default profile paths";
 inline constexpr const char sSavedDefaultPaths[] = "Saved default paths to %s";
 
-// Part 3.1: connection test and operation frame.
+// Connection test and operation frame.
 inline constexpr const char sConnectionSucceeded[] = "Connection to '%s' on port %d succeeded";
 inline constexpr const char sConnectionFailed[] =
     "Connection to '%s' on port %d failed.\r\n\r\nPlease make sure that 'Hestrel' is running on the host machine and "
     "is configured to use port %1:d";
 inline constexpr const char sConnectingToRemoteMachine[] = "Connecting to remote machine";
 
-// Part 3.2: file transfer.
+// File transfer.
 inline constexpr const char sCopiedBytes[] = "Copied %d of %d bytes";
 inline constexpr const char sReceivedBytes[] = "Received %d of %d bytes";
 inline constexpr const char sUpdatingRemoteFiles[] = "Updating Remote Files";
@@ -44,20 +44,20 @@ inline constexpr const char sOverwriteQuestionShort[] =
 inline constexpr const char sOverwriteQuestionLong[] =
     "File '%s' already exists.\r\nReplace %d byte(s) file modified on %s\r\nwith %d byte(s) file modified on %s?";
 
-// Part 3.3: SDK file cache.
+// SDK file cache.
 inline constexpr const char sUpdatingLocalFileCache[] = "Updating Local File Cache";
 inline constexpr const char sUpdatingFilesFromRemote[] = "Updating files from remote machine";
 inline constexpr const char sUpdatedFilesFromRemotePath[] = "Updated files from remote path '%s'";
 
-// Part 4.1.
+// An operation on a project that needs a profile it has not been given.
 inline constexpr const char sProfileRequired[] =
     "A connection profile is required for this operation but has not been assigned.";
 
-// Parts 6.1, 6.2: options page and new-profile wizard.
+// Options page and new-profile wizard.
 inline constexpr const char sDeleteProfileQuestion[] = "Are you sure you want to delete the profile named '%s'?";
 inline constexpr const char sSpecifyPlatform[] = "Please specify a Platform for this profile";
 inline constexpr const char sImportedInvalidPlatform[] = "The imported profile has an invalid platform";
-// The reference host's own checks that Parts 6.1 and 6.2 call (their texts are the host's).
+// The reference host's own checks that the options page and the wizard call (their texts are the host's).
 inline constexpr const char sHostFileOverwrite[] = "File '%s' already exists.  Do you want to replace it?";
 inline constexpr const char sHostInvalidPort[] = "'%s' is not a valid port number (a whole number from 0 to 65535)";
 inline constexpr const char sHostNameBlank[] = "Host name cannot be blank";

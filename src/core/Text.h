@@ -1,6 +1,6 @@
-// Small text helpers shared by every Part: case-insensitive comparison of profile names
-// (Overview: "Profile names are compared ignoring case everywhere") and Format with the
-// host's %s / %d / %n:d specifiers, used for every resource string.
+// Small text helpers shared by the whole system: case-insensitive comparison (profile
+// names are compared ignoring case everywhere) and Format, which fills the specifiers of
+// every resource string.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +16,12 @@ bool SameText(std::string_view A, std::string_view B);
 /// One argument of Format: text or an integer.
 using TFormatArg = std::variant<std::string, std::int64_t>;
 
-/// Delphi-style Format: "%s" and "%d" take the next argument, "%n:s" / "%n:d" take
-/// argument n (0-based) and continue from n + 1, "%%" is a percent sign. A specifier
-/// whose argument is missing or of the other kind is copied as it stands.
+/// Fills Pattern with Args: "%s" (text) and "%d" (integer) take the next argument,
+/// "%n:s" / "%n:d" take argument n (0-based) and the ones after continue from n + 1, "%%"
+/// is a percent sign. A specifier whose argument is missing or of the other kind, and any
+/// other letter after "%", is copied as it stands.
 std::string Format(std::string_view Pattern, std::initializer_list<TFormatArg> Args);
 
-/// The connection-failed text of Parts 3.1, 3.4 and 3.5, with host name and port.
+/// The connection-failed text of the connection test, the remote queries and launches,
+/// with host name and port.
 std::string ConnectionFailedText(const std::string& HostName, std::int32_t Port);

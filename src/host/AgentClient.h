@@ -1,7 +1,6 @@
-// The host's remote-agent client library (Overview "Platform interfaces"; Parts 2.1, 2.2,
-// 3.1 to 3.5): the client of the Hestrel agent server, its listeners, the profile-file
-// object and Encrypt. The reference implementation is hestrel/client (SSH via libssh);
-// tests supply scripted doubles.
+// The host's remote-agent client library: the client of the Hestrel agent server, its
+// listeners, the profile-file object and Encrypt. The reference implementation is
+// hestrel/client (SSH via libssh); tests supply scripted doubles.
 #pragma once
 
 #include <chrono>
@@ -19,7 +18,7 @@ struct TRACredential {
   bool operator==(const TRACredential&) const = default;
 };
 
-/// One path item of a profile file; its type is the kind of the list that holds it (Part 2.2).
+/// One path item of a profile file; its type is the kind of the list that holds it.
 struct TRAPathItem {
   std::string Path;
   std::string Mask;
@@ -28,16 +27,16 @@ struct TRAPathItem {
 };
 using TRAPathItems = std::vector<TRAPathItem>;
 
-/// Kinds of the profile file's four include-path lists (Part 2.2 table).
+/// Kinds of the profile file's four include-path lists.
 enum class TIncludePathKind : std::uint8_t { Other = 0, Include = 1, Library = 2, Framework = 3 };
 
 /// Time stamps passed to IFileListener::Overwrite.
 using TDateTime = std::chrono::system_clock::time_point;
 
-/// Opaque stream handle passed through BytesCopied (Part 3.2); the system never reads it.
+/// Opaque stream handle passed through BytesCopied; the system never reads it.
 class TStream;
 
-/// Asked when a connection attempt fails (Part 3.1).
+/// Asked when a connection attempt fails.
 class IConnectionListener {
  public:
   virtual ~IConnectionListener() = default;
@@ -45,7 +44,7 @@ class IConnectionListener {
   virtual bool Abort() = 0;  ///< true: stop trying
 };
 
-/// Called back by the agent during every transfer (Part 3.2 table). The three strings of
+/// Called back by the agent during every transfer. The three strings of
 /// BytesCopied and PreCopy are: S1 the remote path, S2 the source file, S3 the destination.
 class IFileListener {
  public:
@@ -67,8 +66,8 @@ class IFileListener {
   virtual void Deleted(const std::string& S1, const std::string& S2) = 0;
 };
 
-/// Asked before the agent descends into a remote directory during GetFiles (the agent
-/// library's; the spec passes the manager without defining its methods).
+/// Asked before the agent descends into a remote directory during GetFiles (an interface
+/// of the agent library; the manager implements it).
 class IFileIteration {
  public:
   virtual ~IFileIteration() = default;
@@ -87,7 +86,7 @@ struct TRARemoteFile {
 };
 using TRARemoteFileList = std::vector<TRARemoteFile>;
 
-/// The agent client (Part 3.1 and following). Failures are false answers with a
+/// The agent client. Failures are false answers with a
 /// GetLastError text; nothing throws.
 class TRAClient {
  public:
@@ -131,7 +130,7 @@ class TRAClient {
   virtual std::string GetIOSLauncher(const std::string& Name, bool Simulator) = 0;
   /// The remote environment; the caller owns the table. nullptr on failure.
   virtual std::unique_ptr<std::map<std::string, std::string>> GetEnv() = 0;
-  /// Starts Program with Parameters in WorkingDir (Part 3.5 passes A, B, C, E, Env, D, F).
+  /// Starts Program with Parameters in WorkingDir (the manager's Run passes A, B, C, E, Env, D, F).
   virtual bool Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
                    const std::string& Launcher, const std::vector<std::string>* Environment,
                    const std::string& OutputFile, const std::string& InputFile, std::int32_t& ProcessNumber) = 0;
@@ -140,7 +139,7 @@ class TRAClient {
 };
 using TRAClientPtr = std::shared_ptr<TRAClient>;
 
-/// The agent library's profile object: owns the profile-file format (Part 2.2).
+/// The agent library's profile object: owns the profile-file format.
 class TRAClientProfile {
  public:
   virtual ~TRAClientProfile() = default;
@@ -178,6 +177,6 @@ class TRAClientFactory {
 };
 using TRAClientFactoryPtr = std::shared_ptr<TRAClientFactory>;
 
-/// The agent library's Encrypt (Part 2.1): the only way a password reaches a store. ""
+/// The agent library's Encrypt: the only way a password reaches a store. ""
 /// when it cannot encipher, also when no agent library is installed (docs/DECISIONS.md).
 std::string Encrypt(const std::string& Password);

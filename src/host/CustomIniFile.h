@@ -1,5 +1,5 @@
-// The host's settings store (Part 2.1 "Data model"): an ini-like object with sections and
-// sub-sections named parent + "\" + child. The system uses exactly these operations.
+// The host's settings store: an ini-like object with sections and sub-sections named
+// parent + "\" + child. The system uses exactly these operations.
 #pragma once
 
 #include <cstdint>

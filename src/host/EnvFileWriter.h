@@ -1,4 +1,5 @@
-// The host's build-environment file writer (Parts 1.2 WriteEnvOptions, 7.1).
+// The host's build-environment file writer (WriteEnvOptions and the save routine
+// registered at start-up).
 #pragma once
 
 #include <memory>

@@ -1,5 +1,4 @@
-// The host environment (Overview "Platform interfaces"): directories, the environment
-// variable list and root macros (Parts 2.2, 2.3, 3.1, 3.3, 7.1).
+// The host environment: directories, the environment variable list and root macros.
 #pragma once
 
 #include <memory>
@@ -14,9 +13,9 @@ class IOTAEnvironment {
   virtual std::string fnBaseDocumentsDir() const = 0;
   /// The value of an environment variable as the host sees it ("" when unset).
   virtual std::string GetVariable(const std::string& Name) const = 0;
-  /// Declares a variable with its default value in the host's variable list (Part 7.1).
+  /// Declares a variable with its default value in the host's variable list (start-up declares ZEPHPROFILESDIR).
   virtual void AddVariable(const std::string& Name, const std::string& DefaultValue) = 0;
-  /// Expands the host's root macros ("$(NAME)") in Text (Part 3.1 GetClient).
+  /// Expands the host's root macros ("$(NAME)") in Text (a profile's local root, when its client is made).
   virtual std::string ExpandRootMacro(const std::string& Text) const = 0;
 };
 using IOTAEnvironmentPtr = std::shared_ptr<IOTAEnvironment>;

@@ -16,8 +16,8 @@ THostServices SetHostServices(THostServices Services) { return std::exchange(Ins
 TRAClientFactory* TRAClientFactory::GetInstance() { return Installed().AgentLibrary.get(); }
 
 std::string Encrypt(const std::string& Password) {
-  // Part 2.1: "only the enciphered form is ever stored". Without an agent library there is
-  // no enciphering: the answer is "", as a library answers when it cannot encipher (Hestrel
+  // Only the enciphered form is ever stored. Without an agent library there is no
+  // enciphering: the answer is "", as a library answers when it cannot encipher (Hestrel
   // without its key file), never the clear text. The caller that stores the result refuses
   // an empty answer for a non-empty password (SaveProfile raises EProfileFileError).
   TRAClientFactory* Library = TRAClientFactory::GetInstance();

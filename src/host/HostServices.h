@@ -1,7 +1,7 @@
 // How the system reaches its host: one process-wide set of host interfaces, installed
 // by the host at start (the reference Linux host, or a test's doubles). Any member may be
-// nullptr; each Part says what happens without it (e.g. Part 2.3: no platform services,
-// no display name). The system never includes a concrete host.
+// nullptr; each caller says what happens without it (e.g. no platform services: no display
+// name). The system never includes a concrete host.
 #pragma once
 
 #include <memory>
@@ -23,7 +23,7 @@ struct THostServices {
   IOTAEnvFileWriterPtr EnvFileWriter;      ///< the build-environment file
   IOTAEnvironmentPtr Environment;          ///< directories, variables, root macros
   TRAClientFactoryPtr AgentLibrary;        ///< the remote-agent client library
-  IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm (Parts 3.1, 6.4)
+  IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm
 };
 
 /// The installed host (empty members before SetHostServices).

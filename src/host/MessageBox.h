@@ -1,5 +1,5 @@
-// The host's message box (Conventions: "User-facing texts ... shown through the host's
-// message box with a kind (error, information, confirmation) and a button set").
+// The host's message box: every user-facing text is shown through it, with a kind (error,
+// information, confirmation) and a button set.
 #pragma once
 
 #include <memory>

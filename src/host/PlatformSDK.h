@@ -1,6 +1,5 @@
-// The host's platform SDK (Parts 3.1, 3.3): what a cache pull reads its path items and
-// system root from. Part 3.1 leaves the properties to the implementer: an SDK has a
-// system-root path, a local-root part removed from it, and its path items.
+// The host's platform SDK: what a cache pull reads its path items and system root from.
+// An SDK has a system-root path, a local-root part removed from it, and its path items.
 #pragma once
 
 #include <memory>

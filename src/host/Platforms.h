@@ -1,4 +1,5 @@
-// The host's platform services (Parts 2.3 GetPlatformDisplayName, 1.2 WriteEnvOptions, 4.1).
+// The host's platform services: identifiers in the host's order, display names, and whether
+// a project needs a profile.
 #pragma once
 
 #include <memory>
@@ -11,7 +12,7 @@ class IOTAPlatform {
   virtual ~IOTAPlatform() = default;
   virtual std::string GetName() const = 0;
   virtual std::string GetDisplayName() const = 0;
-  /// Part 4.1 step 4: whether a project of ProjectType needs a profile to compile (A) / to run (B).
+  /// Whether a project of ProjectType needs a profile to compile / to run.
   virtual bool ProfileRequiredToCompile(const std::string& ProjectType) const = 0;
   virtual bool ProfileRequiredToRun(const std::string& ProjectType) const = 0;
 };

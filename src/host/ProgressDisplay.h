@@ -1,5 +1,5 @@
-// Abstract progress display (Part 3.1), drawn by Part 6.4's progress window or a
-// front end's own display. Lives from notice 0 to notice 3 of one operation.
+// Abstract progress display, drawn by the progress window or a front end's own
+// display. Lives from notice 0 to notice 3 of one operation.
 #pragma once
 
 #include <cstdint>

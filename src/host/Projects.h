@@ -1,4 +1,4 @@
-// The host's project services (Parts 1.3 monitor, 4.1 profile assignment).
+// The host's project services: the open project group and each project's profiles.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ class IOTAProject {
  public:
   virtual ~IOTAProject() = default;
   virtual std::string GetFileName() const = 0;
-  /// The project's type as the platform questions of Part 4.1 take it.
+  /// The project's type as IOTAPlatform's profile questions take it.
   virtual std::string GetProjectType() const = 0;
   virtual std::string GetCurrentPlatform() const = 0;
   virtual std::string GetActiveConfigurationName() const = 0;
@@ -39,7 +39,7 @@ class IOTAProjectServices {
   virtual ~IOTAProjectServices() = default;
   /// The open main project group, or nullptr when none is open.
   virtual IOTAProjectGroupPtr GetMainProjectGroup() const = 0;
-  /// Update bracket of the host's project manager (Part 1.3 monitor).
+  /// Update bracket of the host's project manager (the monitor edits projects inside it).
   virtual void BeginUpdate() = 0;
   virtual void EndUpdate() = 0;
 };

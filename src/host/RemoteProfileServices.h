@@ -1,6 +1,5 @@
-// The host's profile service (Overview "External interfaces"): what the host and other
-// plug-ins call on the profile manager. TRemoteProfileManager (Part 1.2) implements it;
-// the operations are specified by Parts 1.2, 1.3, 2.1 to 2.3 and 3.1 to 3.5.
+// The host's profile service: what the host and other plug-ins call on the profile
+// manager. TRemoteProfileManager implements it.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +15,7 @@ class IOTARemoteProfileServices {
  public:
   virtual ~IOTARemoteProfileServices() = default;
 
-  // Part 1.2
+  // Profiles, defaults and names
   virtual IOTARemoteProfilePtr AddProfile(const std::string& Name, const std::string& PlatformName,
                                           const std::string& HostName, std::int32_t PortNumber,
                                           const TOTARemoteProfileCredential& Credential,
@@ -33,23 +32,23 @@ class IOTARemoteProfileServices {
   virtual bool ValidateProfileName(const std::string& Name) = 0;
   virtual void WriteEnvOptions() = 0;
 
-  // Part 1.3
+  // Change notification
   virtual std::int32_t AddNotifier(const IOTARemoteProfileNotifierPtr& Notifier) = 0;
   virtual void RemoveNotifier(std::int32_t Index) = 0;
 
-  // Parts 2.1, 2.2
+  // Profile files
   virtual void SaveProfile(const IOTARemoteProfilePtr& Profile, const std::string& FileName) = 0;
   virtual IOTARemoteProfilePtr LoadProfile(const std::string& FileName) = 0;
   virtual void MergeRemoteProfile(const IOTARemoteProfilePtr& Profile) = 0;
 
-  // Part 3.1
+  // Connection and operation frame
   virtual bool TestConnection(const IOTARemoteProfilePtr& Profile, std::string& ErrorMessage,
                               const IOTAConnectionCallbackPtr& Callback) = 0;
   virtual void BeginOperation(const IOTARemoteProfilePtr& Profile) = 0;
   virtual void EndOperation(const IOTARemoteProfilePtr& Profile) = 0;
   virtual void SetPlatformSDK(const IOTAPlatformSDKPtr& SDK) = 0;
 
-  // Part 3.2
+  // File transfer
   virtual bool PutFiles(const IOTARemoteProfilePtr& Profile, const std::vector<TOTAPutFileItem>& Items,
                         TOTAFileOverwriteControl OverwriteControl, const IOTAConnectionCallbackPtr& Callback,
                         const TOTAProgressProc& ProgressProc) = 0;
@@ -60,12 +59,12 @@ class IOTARemoteProfileServices {
   virtual bool RemoveRemoteFilesWithProgress(const IOTARemoteProfilePtr& Profile,
                                              const std::vector<std::string>& Files) = 0;
 
-  // Part 3.3
+  // SDK file cache
   virtual bool GetProfileFiles(const IOTARemoteProfilePtr& Profile, TOTAFileOverwriteControl OverwriteControl,
                                const IOTAConnectionCallbackPtr& Callback, const TOTAProgressProc& ProgressProc) = 0;
   virtual bool GetProfileFilesWithProgress(const IOTARemoteProfilePtr& Profile) = 0;
 
-  // Part 3.4
+  // Remote queries
   virtual std::string ExpandPath(const IOTARemoteProfilePtr& Profile, const std::string& Path,
                                  const IOTAConnectionCallbackPtr& Callback) = 0;
   virtual std::string ExpandAllPaths(const IOTARemoteProfilePtr& Profile, const std::string& Paths,
@@ -83,7 +82,7 @@ class IOTARemoteProfileServices {
   virtual std::vector<std::string> GetEnvironmentVariables(const IOTARemoteProfilePtr& Profile,
                                                            const IOTAConnectionCallbackPtr& Callback) = 0;
 
-  // Part 3.5
+  // Running and debugging
   virtual bool Run(const IOTARemoteProfilePtr& Profile, const std::string& A, const std::string& B,
                    const std::string& C, const std::string& D, const std::string& E,
                    const std::vector<std::string>* Env, const std::string& F, std::string& ErrorText,

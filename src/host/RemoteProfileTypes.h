@@ -1,5 +1,5 @@
-// Host records and enumerations that travel with a profile (Overview "Shared types",
-// Parts 1.1, 3.1, 3.2, 3.5). They keep the host's TOTA... names.
+// Host records and enumerations that travel with a profile. They keep the host's TOTA...
+// names.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-/// Credential record (Part 1.1). Value semantics, copied whole.
+/// Credential record. Value semantics, copied whole.
 struct TOTARemoteProfileCredential {
   std::string PasswordOrFile;  ///< the password (enciphered once stored), or a password-file path
   bool IsPassword = true;      ///< true: PasswordOrFile is a password; false: a password-file path
-  bool IsEncrypted = false;    ///< true: the password is already in its stored form (Part 6.2)
+  bool IsEncrypted = false;    ///< true: the password is already in its stored form
   bool operator==(const TOTARemoteProfileCredential&) const = default;
 };
 
-/// The host's path-item type (Part 1.1). Stored as an integer (Part 2.1: "Type%d", low
+/// The host's path-item type. Stored as an integer ("Type%d" in the settings store, low
 /// 8 bits kept), so a value outside the four named kinds can occur and must survive.
 enum TOTAPathItemType : std::uint8_t {
   ptIncludePath = 0,
@@ -26,7 +26,7 @@ enum TOTAPathItemType : std::uint8_t {
   ptOtherPath = 3,
 };
 
-/// One remote SDK directory to mirror (Part 1.1).
+/// One remote SDK directory to mirror.
 struct TOTARemoteProfilePathItem {
   std::string Path;
   std::string Mask;
@@ -35,7 +35,7 @@ struct TOTARemoteProfilePathItem {
   bool operator==(const TOTARemoteProfilePathItem&) const = default;
 };
 
-/// A dynamic array of path items with the host's reference semantics (Part 1.1): copies
+/// A dynamic array of path items with the host's reference semantics: copies
 /// share one array, an element edited in place is seen by every holder, and SetPaths
 /// compares identity, not contents. SetLength gives this holder a fresh array of its
 /// own, as the host's dynamic arrays do. An empty array has no storage (it is nil).
@@ -65,7 +65,7 @@ class TOTARemoteProfilePathArray {
   std::shared_ptr<std::vector<TOTARemoteProfilePathItem>> FItems;
 };
 
-/// Progress notice types (Part 3.1).
+/// Progress notice types.
 enum TOTAProgressType : std::uint8_t {
   ptStart = 0,
   ptProgress = 1,
@@ -73,22 +73,22 @@ enum TOTAProgressType : std::uint8_t {
   ptFinished = 3,
 };
 
-/// Overwrite control of a transfer (Part 3.2).
+/// Overwrite control of a transfer.
 enum TOTAFileOverwriteControl : std::uint8_t {
   focAlwaysReplace = 0,
   focNeverReplace = 1,
   focAsk = 2,
 };
 
-/// Flags of a put-file item (Part 3.2): three flags in one byte. Their only use is the
-/// attribute conversion that always yields 0 (Part 3.2 step 2.3).
+/// Flags of a put-file item: three flags in one byte. Their only use is PutFiles'
+/// conversion to the agent's attributes, which always yields 0.
 enum TOTAPutFileFlag : std::uint8_t {
   pffExecutable = 1 << 0,
   pffReadOnly = 1 << 1,
   pffHidden = 1 << 2,
 };
 
-/// One file to send (Part 3.2). The two destination strings are opaque to the system
+/// One file to send. The two destination strings are opaque to the system
 /// and handed to the agent's PutFile as they stand.
 struct TOTAPutFileItem {
   std::string LocalFile;
@@ -97,10 +97,10 @@ struct TOTAPutFileItem {
   std::uint8_t Flags = 0;
 };
 
-/// Process type of StartRemoteDebugger (Part 3.5); its values are the host's.
+/// Process type of StartRemoteDebugger; its values are the host's.
 using TOTAProcessType = std::int32_t;
 
-/// The progress procedure of Part 3.1: answers true to go on. Empty means none.
+/// The progress procedure of a remote operation: answers true to go on. Empty means none.
 using TOTAProgressProc =
     std::function<bool(TOTAProgressType ProgressType, std::int32_t Index, std::int32_t Count, const std::string& Text,
                        const std::string& Detail1, const std::string& Detail2, std::int32_t Position)>;

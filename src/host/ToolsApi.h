@@ -1,6 +1,5 @@
-// The host's tools-API interfaces for profiles (Overview "Platform interfaces", Parts 1.1,
-// 1.3, 3.1): what the host and other plug-ins hold of a profile, the connection callback,
-// the notifier interfaces, and the tools-API exception.
+// The host's tools-API interfaces for profiles: what the host and other plug-ins hold of
+// a profile, the connection callback, the notifier interfaces, and the tools-API exception.
 #pragma once
 
 #include <memory>
@@ -10,13 +9,13 @@
 #include "host/RemoteProfileTypes.h"
 
 /// The host's tools-API exception: creating operations given an invalid name raise it
-/// with the user-facing message (Conventions, Part 1.2).
+/// with the user-facing message.
 class ENonAIRException : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A profile as the host sees it (Part 1.1): field getters and setters and the update bracket.
+/// A profile as the host sees it: field getters and setters and the update bracket.
 class IOTARemoteProfile {
  public:
   virtual ~IOTARemoteProfile() = default;
@@ -39,7 +38,7 @@ class IOTARemoteProfile {
 };
 using IOTARemoteProfilePtr = std::shared_ptr<IOTARemoteProfile>;
 
-/// The caller's connection callback (Part 3.1): asked by the agent, through the manager
+/// The caller's connection callback: asked by the agent, through the manager
 /// or a TConnectionListenerAdapter, whether to retry or abort a connection that failed.
 class IOTAConnectionCallback {
  public:
@@ -49,7 +48,7 @@ class IOTAConnectionCallback {
 };
 using IOTAConnectionCallbackPtr = std::shared_ptr<IOTAConnectionCallback>;
 
-/// Host notifier (Part 1.3), methods in the order of the host's interface.
+/// Host notifier, methods in the order of the host's interface.
 class IOTARemoteProfileNotifier {
  public:
   virtual ~IOTARemoteProfileNotifier() = default;
@@ -60,7 +59,7 @@ class IOTARemoteProfileNotifier {
 };
 using IOTARemoteProfileNotifierPtr = std::shared_ptr<IOTARemoteProfileNotifier>;
 
-/// The host's extended notifier (Part 1.3): a notifier that also hears of deploys and runs.
+/// The host's extended notifier: a notifier that also hears of deploys and runs.
 /// SendNotify asks a notifier for it (dynamic_pointer_cast) before pnaAfterRun/pnaAfterDeploy.
 class IOTARemoteProfileNotifier2 : public IOTARemoteProfileNotifier {
  public:

@@ -1,100 +1,113 @@
-// Part 1.3: SendNotify, the notifier registry and the class events.
+// Change notification: the event lists, SendNotify with the notifier registry, the monitor
+// that keeps projects in step, and what start-up and shut-down register with the host.
 #include <gtest/gtest.h>
 
-#include "ManagerTestSupport.h"
-#include "core/RemoteProfileManager.h"
+#include "CoreTestSupport.h"
 #include "core/RemoteProfileMonitor.h"
-#include "doubles/HostDoubles.h"
+#include "host/startup/HostIntegration.h"
 
 namespace {
 
-class ChangeNotification : public THostFixture {
- protected:
-  void TearDown() override {
-    TRemoteProfileManager::FDisableNotifications = false;
-    THostFixture::TearDown();
-  }
-  TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(nullptr);
-  std::vector<std::string> Log;
-};
-
-}  // namespace
-
-TEST_F(ChangeNotification, NotifiersHearBeforeClassEventsForEveryAction) {
-  TEventRecorder Events;
-  Manager->AddNotifier(std::make_shared<TRecordingNotifier2>("0", Events.Log));
-  const auto P = Add(*Manager, "A", "Linux64");
-  P->SetHostName("h");
-  P->SetName("B");
-  Manager->SendNotify(P, pnaAfterRun, true, "ignored");
-  Manager->SendNotify(P, pnaAfterDeploy, false, "");
-  Manager->RemoveProfile(P);
-  EXPECT_EQ(Events.Log, (std::vector<std::string>{
-                            "Notifier0.Added(A)", "Added(A)",                      //
-                            "Notifier0.Changed(A)", "Changed(A)",                  //
-                            "Notifier0.Changed(B)", "Changed(B)",                  //
-                            "Notifier0.Renamed(B,A)", "Renamed(B,A)",              //
-                            "Notifier0.AfterRun(true,B)", "AfterRun(true,B)",      //
-                            "Notifier0.AfterDeploy(false,B)", "AfterDeploy(false,B)",  //
-                            "Notifier0.Removed(B)", "Removed(B)",
-                        }));
+TEST(Events, SendWalksTheSubscriptionsOfItsStartInOrderUntilAnException) {
+  TEvent1<int> Event;
+  TNames Log;
+  THandlerId Second = 0;
+  const auto Handler = [&](const int& N) { Log.push_back("handler " + std::to_string(N)); };
+  Event.Add([&](const int& N) {
+    Log.push_back("first " + std::to_string(N));
+    if (N != 1) return;
+    Event.Remove(Second);  // not called any more in this walk
+    Event.Add(Handler);    // first called by the next Send
+  });
+  Second = Event.Add(Handler);
+  Event.Add(Handler);  // the same function again: a subscription of its own
+  Event.Send(1);
+  Event.Add([](const int&) { throw std::runtime_error("stop"); });
+  Event.Add(Handler);
+  EXPECT_THROW(Event.Send(2), std::runtime_error);
+  EXPECT_EQ(Log, (TNames{"first 1", "handler 1", "first 2", "handler 2", "handler 2"}));
 }
 
-TEST_F(ChangeNotification, DisabledNotificationsSendNothingAndLeaveProjectsAlone) {
-  TEventRecorder Events;
-  TRemoteProfileMonitor Monitor;
-  auto Project = Projects->AddProject("app.dproj");
-  Project->SetProfile("Linux64", "A");
-  Manager->AddNotifier(std::make_shared<TRecordingNotifier2>("0", Events.Log));
-  TRemoteProfileManager::FDisableNotifications = true;
-  const auto P = Add(*Manager, "A", "Linux64");
-  P->SetHostName("changed");
-  P->SetName("Renamed");
-  Manager->RemoveProfile(P);
-  Manager->SendNotify(P, pnaAfterRun, true, "");
-  EXPECT_TRUE(Events.Log.empty());
-  EXPECT_EQ(Project->GetProfile("Linux64"), "A");
-  EXPECT_TRUE(Projects->Log.empty());
-}
+class ChangeNotification : public TManagerFixture {};
 
-TEST_F(ChangeNotification, RemovedNotifierSlotIsSkippedAndLaterSlotsStillHear) {
-  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecordingNotifier>("0", Log)), 0);
-  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecordingNotifier>("1", Log)), 1);
+TEST_F(ChangeNotification, NotifiersHearFirstAndOnlyExtendedOnesHearRunsAndDeploys) {
+  TEventRecorder Events;
+  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<>>("Gone", Events.Log)), 0);
   Manager->RemoveNotifier(0);
-  Add(*Manager, "A", "Linux64");
-  EXPECT_EQ(Log, (std::vector<std::string>{"Notifier1.Added(A)"}));
-  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecordingNotifier>("2", Log)), 2);  // indices stay stable
+  Manager->RemoveNotifier(5);  // no such slot: nothing
+  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<IOTARemoteProfileNotifier>>("Basic", Events.Log)), 1);
+  Manager->AddNotifier(std::make_shared<TRecorder<>>("Extended", Events.Log));
+  const auto Act = [&](const std::string& Name) {
+    const auto P = Add(*Manager, Name, "Linux64");
+    P->SetName(Name + "2");
+    Manager->SendNotify(P, pnaAfterRun, true, "ignored");
+    Manager->SendNotify(P, pnaAfterDeploy, false, "");
+    Manager->SendNotify(P, static_cast<TProfileNotifyAction>(6), true, "");  // no such action
+    Manager->RemoveProfile(P);
+  };
+  Act("A");
+  TRemoteProfileManager::FDisableNotifications = true;  // then nothing reaches anyone
+  Act("Q");
+  EXPECT_EQ(Events.Log,
+            (TNames{"Basic.Added(A)", "Extended.Added(A)", "Added(A)", "Basic.Changed(A2)", "Extended.Changed(A2)",
+                    "Changed(A2)", "Basic.Renamed(A2,A)", "Extended.Renamed(A2,A)", "Renamed(A2,A)",
+                    "Extended.AfterRun(A2,true)", "AfterRun(A2,true)", "Extended.AfterDeploy(A2,false)",
+                    "AfterDeploy(A2,false)", "Basic.Removed(A2)", "Extended.Removed(A2)", "Removed(A2)"}));
 }
 
-TEST_F(ChangeNotification, NotifierWithoutExtendedInterfaceMissesRunsAndDeploys) {
-  Manager->AddNotifier(std::make_shared<TRecordingNotifier>("0", Log));
-  const auto P = Add(*Manager, "A", "Linux64");
-  P->SetPortNumber(1);
-  P->SetName("B");
-  Manager->SendNotify(P, pnaAfterRun, true, "");
-  Manager->SendNotify(P, pnaAfterDeploy, true, "");
-  Manager->RemoveProfile(P);
-  EXPECT_EQ(Log, (std::vector<std::string>{"Notifier0.Added(A)", "Notifier0.Changed(A)", "Notifier0.Changed(B)",
-                                           "Notifier0.Renamed(B,A)", "Notifier0.Removed(B)"}));
-}
-
-TEST_F(ChangeNotification, ActionOutsideTheSixValuesSendsNothing) {
-  TEventRecorder Events;
-  Manager->AddNotifier(std::make_shared<TRecordingNotifier2>("0", Events.Log));
-  const auto P = Add(*Manager, "A", "Linux64");
-  Events.Log.clear();
-  Manager->SendNotify(P, static_cast<TProfileNotifyAction>(6), true, "");
-  EXPECT_TRUE(Events.Log.empty());
-}
-
-TEST_F(ChangeNotification, FailingNotifierStopsRemoveProfileBeforeTheProfileLeaves) {
-  class TThrowing : public TRecordingNotifier {
-   public:
-    using TRecordingNotifier::TRecordingNotifier;
+TEST_F(ChangeNotification, AFailingNotifierStopsRemoveProfileBeforeTheProfileLeaves) {
+  struct TFailing : TRecorder<> {
+    using TRecorder::TRecorder;
     void ProfileRemoved(const IOTARemoteProfilePtr&) override { throw std::runtime_error("notifier failed"); }
   };
+  TNames Log;
   const auto P = Add(*Manager, "A", "Linux64");
-  Manager->AddNotifier(std::make_shared<TThrowing>("0", Log));
+  Manager->AddNotifier(std::make_shared<TFailing>("Failing", Log));
   EXPECT_THROW(Manager->RemoveProfile(P), std::runtime_error);
   EXPECT_EQ(Manager->GetProfile("A"), P);
 }
+
+TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToTheLastShutdown) {
+  const auto App = Projects->AddProject();
+  const auto Plain = Projects->AddProject(/*OffersPlatforms=*/false);
+  App->Profiles = {{"Linux64", "BOX"}, {"OSX32", "Box"}};  // the same name on another platform stays
+  Plain->Profiles = {{"Linux64", "Box"}};
+  RemoteProfileManagerStartup();
+  RemoteProfileManagerStartup();  // counted: no second monitor, no second declaration
+  EXPECT_EQ(Environment->Declared,
+            (TMemIniFile::TValues{{"ZEPHPROFILESDIR", Environment->DocumentsDir + "/Profiles"}}));
+  const auto Box = Add(*Manager, "Box", "Linux64");
+  Box->SetName("Server");
+  EXPECT_EQ(App->Profiles, (std::map<std::string, std::string>{{"Linux64", "Server"}, {"OSX32", "Box"}}));
+  Manager->RemoveProfile(Box);
+  EXPECT_EQ(App->GetProfile("Linux64") + "|" + Plain->GetProfile("Linux64"), "|Box");
+  EXPECT_EQ(Projects->Log, (TNames{"BeginUpdate", "EndUpdate", "BeginUpdate", "EndUpdate"}));
+  Projects->GroupOpen = false;  // without an open group nothing is touched
+  Manager->RemoveProfile(Add(*Manager, "Box", "OSX32"));
+  Projects->GroupOpen = true;
+  TRemoteProfileManager::FSelectedProfile = "Box";
+  RemoteProfileManagerShutdown();
+  EXPECT_TRUE(RemoteProfileMonitorActive());
+  RemoteProfileManagerShutdown();
+  RemoteProfileManagerShutdown();  // one more than start-ups: nothing
+  EXPECT_FALSE(RemoteProfileMonitorActive());
+  EXPECT_EQ(TRemoteProfileManager::FSelectedProfile, "");
+  Manager->RemoveProfile(Add(*Manager, "Box", "OSX32"));  // nobody listens any more
+  EXPECT_EQ(App->GetProfile("OSX32"), "Box");
+}
+
+TEST_F(ChangeNotification, TheEnvFileRoutineWritesEachPlatformsStoredDefault) {
+  Ini->WriteString("RemoteProfiles", "Default_OSX32", "Mac");
+  Ini->WriteString("RemoteProfiles", "Default_Linux64", "Box");
+  SaveEnvFileDefaults(*EnvFile);
+  EXPECT_EQ(Joined(EnvFile->Log),
+            "\nGroup '$(Platform)'=='Win32' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='Win64' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='OSX32' Set DefaultProfile=Mac"
+            "\nGroup '$(Platform)'=='iOSDevice' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='iOSSimulator' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='Android' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='Linux64' Set DefaultProfile=Box");
+}
+
+}  // namespace

@@ -1,330 +1,212 @@
-// Part 1.2: Profile manager — lists, parent platforms, defaults, validation, Assign.
+// The profile manager: per-platform lists and defaults, name checks, re-filing, merging an
+// edited copy, the build-environment defaults and the process-wide manager.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
+#include <filesystem>
 
-#include "ManagerTestSupport.h"
-#include "core/RemoteProfileManager.h"
-#include "doubles/HostDoubles.h"
+#include "CoreTestSupport.h"
+#include "doubles/ProfileFileLibrary.h"
 
 namespace {
 
-class ProfileManager : public THostFixture {
+using ::testing::ThrowsMessage;
+
+class ProfileManager : public TManagerFixture {
  protected:
-  TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(nullptr);
+  /// A manager on the store holding Names (Linux64), saved with their profile files.
+  TRemoteProfileManagerPtr Stored(const TNames& Names) {
+    Host.AgentLibrary = std::make_shared<TProfileFileLibrary>();
+    Reinstall();
+    const auto Live = TRemoteProfileManager::Create(Ini);
+    for (const auto& Name : Names) Add(*Live, Name, "Linux64");
+    Live->SaveOptions(*Ini);
+    return Live;
+  }
+  static bool HasFile(const std::string& Name) {
+    return std::filesystem::exists(TRemoteProfileManager::GetProfileFileName(Name));
+  }
 };
 
-std::string RaisedMessage(const std::function<void()>& Action) {
-  try {
-    Action();
-  } catch (const ENonAIRException& E) {
-    return E.what();
-  }
-  return "(nothing raised)";
-}
-
-}  // namespace
-
-TEST_F(ProfileManager, EditableCopyStartsEmpty) {
-  EXPECT_TRUE(Manager->GetProfiles().empty());
-  EXPECT_EQ(Manager->GetSettings(), nullptr);
-  EXPECT_EQ(Manager->GetProfile("anything"), nullptr);
-}
-
-TEST_F(ProfileManager, GetDefaultForPlatformWin32IsNilEvenWithProfiles) {
+TEST_F(ProfileManager, TheFrontOfAParentPlatformsListIsItsDefault) {
+  const auto Stranger = Add(*TRemoteProfileManager::Create(nullptr), "Stranger", "OSX32");  // its manager is gone
+  const auto Elsewhere = Add(*TRemoteProfileManager::Create(nullptr), "Elsewhere", "Android");
   Add(*Manager, "Local", "Win32");
-  Add(*Manager, "Local64", "Win64");
-  EXPECT_EQ(Manager->GetProfileCount("Win32"), 1);
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Win32"), nullptr);
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Win64"), nullptr);
+  Add(*Manager, "lower", "win32");
+  const auto A = Add(*Manager, "A", "iOSDevice");
+  const auto B = Add(*Manager, "B", "OSX32");
+  const auto C = Add(*Manager, "C", "iOSSimulator", /*AsDefault=*/true);
+  EXPECT_EQ(NamesOf(*Manager, "IOSDEVICE"), (TNames{"C", "A", "B"}));  // one list, under "OSX32"
+  EXPECT_EQ(A->GetPlatformName() + " " + std::to_string(Manager->GetProfiles().size()), "OSX32 3");
+  const std::pair<IOTARemoteProfilePtr, std::string> Lookups[] = {
+      {Manager->GetDefaultForPlatform("Win32"), "nil"},    // local targets never have a remote default
+      {Manager->GetDefaultForPlatform("win32"), "lower"},  // that test is case-sensitive
+      {Manager->GetProfile("OSX32", 3), "nil"},           {Manager->GetProfile("OSX32", -1), "nil"},
+      {Manager->GetProfile("Android", 0), "nil"},         {Manager->GetProfile("c"), "C"},
+  };
+  for (const auto& [Found, Expected] : Lookups) EXPECT_EQ(NameOf(Found), Expected);
+  TEventRecorder Events;
+  Stranger->SetHostName("still.here");  // nobody hears
+  Manager->SetAsDefaultForPlatform(B);
+  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"B", "C", "A"}));
+  Manager->SetAsDefaultForPlatform(B);
+  Manager->SetAsDefaultForPlatform(nullptr);
+  Manager->RemoveProfile(nullptr);
+  EXPECT_TRUE(Events.Log.empty());  // a new default is no change of any profile
+  Manager->RemoveProfile(B);
+  EXPECT_EQ(Manager->GetDefaultForPlatform("iOSSimulator"), C);
+  Manager->RemoveProfile(C);
+  Manager->RemoveProfile(A);
+  EXPECT_EQ(Manager->GetProfiles().at("OSX32"), TProfileList{});  // the list stays, empty
+  Manager->RemoveProfile(Stranger);   // not held here, but its platform has a list: announced
+  Manager->RemoveProfile(Elsewhere);  // no list for its platform: ignored
+  EXPECT_EQ(Events.Log, (TNames{"Removed(B)", "Removed(C)", "Removed(A)", "Removed(Stranger)"}));
 }
 
-TEST_F(ProfileManager, LowerCaseWin32IsNotCaughtByTheLocalTargetTest) {
-  const auto Lower = Add(*Manager, "lower", "win32");
-  EXPECT_EQ(Manager->GetDefaultForPlatform("win32"), Lower);
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Win32"), nullptr);
-}
-
-TEST_F(ProfileManager, IOSPlatformsShareTheOSX32List) {
-  const auto Mac = Add(*Manager, "Mac", "OSX32");
-  Add(*Manager, "Mac2", "iOSSimulator");
-  EXPECT_EQ(Manager->GetProfile("iOSDevice", 0), Manager->GetProfile("OSX32", 0));
-  EXPECT_EQ(Manager->GetProfile("iOSDevice", 0), Mac);
-  EXPECT_EQ(Manager->GetProfileCount("iOSSimulator"), Manager->GetProfileCount("OSX32"));
-  EXPECT_EQ(Manager->GetProfileCount("iOSSimulator"), 2);
-  EXPECT_EQ(Manager->GetProfileCount("IOSDEVICE"), 2);  // the mapping ignores case
-}
-
-TEST_F(ProfileManager, AddProfileForIOSDeviceIsFiledUnderOSX32) {
-  const auto Mac = Add(*Manager, "Mac", "iOSDevice");
-  EXPECT_EQ(Mac->GetPlatformName(), "OSX32");
-  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (std::vector<std::string>{"Mac"}));
-  EXPECT_EQ(Manager->GetProfiles().count("iOSDevice"), 0u);
-}
-
-TEST_F(ProfileManager, DuplicateNameInOtherCaseOnAnyPlatformIsRefused) {
+TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
   Add(*Manager, "Mac", "OSX32");
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "mac", "Android"); }), "A profile named 'mac' already exists");
-  EXPECT_EQ(Manager->GetProfileCount("Android"), 0);
-}
-
-TEST_F(ProfileManager, EmptyNameIsRefusedAsBlank) {
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "", "OSX32"); }), "Profile name cannot be blank");
-  EXPECT_TRUE(Manager->GetProfiles().empty());  // nothing changed, not even a list
-}
-
-TEST_F(ProfileManager, PathSeparatorOrQuestionMarkIsRefusedAsBadFileName) {
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "a/b", "OSX32"); }),
-            "'a/b' is not a valid profile name.  A profile name must be a valid filename");
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "a\\b", "OSX32"); }),
-            "'a\\b' is not a valid profile name.  A profile name must be a valid filename");
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "why?", "OSX32"); }),
-            "'why?' is not a valid profile name.  A profile name must be a valid filename");
-}
-
-TEST_F(ProfileManager, NameLongerThan247BytesIsRefusedAsBadFileName) {
-  // "<name>.profile" must fit in 255 bytes (NAME_MAX); the length counts UTF-8 bytes.
-  std::string Message;
-  EXPECT_EQ(Manager->InternalValidateProfileName(std::string(240, 'a'), Message), pnveNone);
-  EXPECT_EQ(Manager->InternalValidateProfileName(std::string(247, 'a'), Message), pnveNone);
-  EXPECT_EQ(Message, "");
-  const std::string Long(248, 'a');
-  EXPECT_EQ(Manager->InternalValidateProfileName(Long, Message), pnveBadFileName);
-  EXPECT_EQ(Message, "'" + Long + "' is not a valid profile name.  A profile name must be a valid filename");
   std::string Accented;  // 124 characters, 248 bytes
   for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
-  EXPECT_EQ(Manager->InternalValidateProfileName(Accented, Message), pnveBadFileName);
-  EXPECT_EQ(Manager->InternalValidateProfileName(Accented.substr(0, 246), Message), pnveNone);
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, std::string(300, 'b'), "OSX32"); }),
-            "'" + std::string(300, 'b') + "' is not a valid profile name.  A profile name must be a valid filename");
-  EXPECT_TRUE(Manager->GetProfiles().empty());
+  const auto Bad = [](const std::string& Name) {
+    return "'" + Name + "' is not a valid profile name.  A profile name must be a valid filename";
+  };
+  const struct {
+    std::string Name, Message;
+    TProfileNameValidationError Error = pnveBadFileName;
+  } Rows[] = {
+      {"", "Profile name cannot be blank"},
+      {"a/b", Bad("a/b")},
+      {"a\\b", Bad("a\\b")},
+      {"why?", Bad("why?")},
+      {"tab\tname", Bad("tab\tname")},
+      {std::string(248, 'a'), Bad(std::string(248, 'a'))},  // "<name>.profile" must fit NAME_MAX
+      {Accented, Bad(Accented)},                            // bytes count, not characters
+      {Accented.substr(0, 246), "untouched", pnveNone},
+      {"   ", "untouched", pnveNone},
+      {"mAC", "A profile named 'mAC' already exists", pnveDuplicate},  // in any case, on any platform
+  };
+  for (const auto& Row : Rows) {
+    std::string Message = "untouched";
+    EXPECT_EQ(Manager->InternalValidateProfileName(Row.Name, Message), Row.Error) << Row.Name;
+    EXPECT_EQ(Message, Row.Message);
+    EXPECT_EQ(Manager->ValidateProfileName(Row.Name), Row.Error == pnveNone);
+    if (Row.Error == pnveNone) continue;
+    EXPECT_THAT([&] { Add(*Manager, Row.Name, "Android"); }, ThrowsMessage<ENonAIRException>(Row.Message));
+    EXPECT_EQ(Messages->Shown.back().Text, Row.Message);
+    EXPECT_EQ(Messages->Shown.back().Kind, TMsgDlgType::mtError);
+    EXPECT_EQ(Messages->Shown.back().Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
+  }
+  EXPECT_EQ(Messages->Shown.size(), 8u);
+  EXPECT_EQ(Manager->GetProfiles().count("Android"), 0u);  // a refused name makes no list
 }
 
-TEST_F(ProfileManager, NameOfBlanksIsNotEmptyAndPassesTheBlankTest) {
-  std::string Message;
-  EXPECT_EQ(Manager->InternalValidateProfileName("   ", Message), pnveNone);
-  EXPECT_EQ(Message, "");
-}
-
-TEST_F(ProfileManager, ValidationOrderBlankThenFileNameThenDuplicate) {
-  Add(*Manager, "Mac", "OSX32");
-  std::string Message = "untouched";
-  EXPECT_EQ(Manager->InternalValidateProfileName("Mac", Message), pnveDuplicate);
-  EXPECT_EQ(Message, "A profile named 'Mac' already exists");
-  EXPECT_EQ(Manager->InternalValidateProfileName("M*c", Message), pnveBadFileName);
-  EXPECT_EQ(Message, "'M*c' is not a valid profile name.  A profile name must be a valid filename");
-  Message = "untouched";
-  EXPECT_EQ(Manager->InternalValidateProfileName("Fresh", Message), pnveNone);
-  EXPECT_EQ(Message, "untouched");
-}
-
-TEST_F(ProfileManager, ValidateProfileNameShowsTheMessageInAnErrorBoxWithOK) {
-  EXPECT_FALSE(Manager->ValidateProfileName(""));
-  ASSERT_EQ(Messages->Shown.size(), 1u);
-  EXPECT_EQ(Messages->Shown[0].Text, "Profile name cannot be blank");
-  EXPECT_EQ(Messages->Shown[0].Kind, TMsgDlgType::mtError);
-  EXPECT_EQ(Messages->Shown[0].Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
-  EXPECT_TRUE(Manager->ValidateProfileName("Good"));
-  EXPECT_EQ(Messages->Shown.size(), 1u);
-}
-
-TEST_F(ProfileManager, AsDefaultInsertsAtIndexZero) {
-  Add(*Manager, "A", "Linux64");
-  Add(*Manager, "B", "Linux64");
-  Add(*Manager, "C", "Linux64", /*AsDefault=*/true);
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (std::vector<std::string>{"C", "A", "B"}));
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Linux64")->GetName(), "C");
-}
-
-TEST_F(ProfileManager, RemovingTheDefaultMakesTheNextOneDefault) {
-  const auto A = Add(*Manager, "A", "Linux64");
-  const auto B = Add(*Manager, "B", "Linux64");
-  Manager->RemoveProfile(A);
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Linux64"), B);
-  Manager->RemoveProfile(B);
-  ASSERT_EQ(Manager->GetProfiles().count("Linux64"), 1u);
-  EXPECT_TRUE(Manager->GetProfiles().at("Linux64").empty());
-  EXPECT_EQ(Manager->GetDefaultForPlatform("Linux64"), nullptr);
-  EXPECT_EQ(Manager->GetProfile("A"), nullptr);
-}
-
-TEST_F(ProfileManager, RemoveProfileOfNilDoesNothing) {
-  TEventRecorder Events;
-  Manager->RemoveProfile(nullptr);
-  EXPECT_TRUE(Events.Log.empty());
-}
-
-TEST_F(ProfileManager, RemoveProfileNotInItsListStillNotifiesWhenTheListExists) {
-  Add(*Manager, "A", "Linux64");
-  const auto Other = TRemoteProfileManager::Create(nullptr);
-  const auto Stranger = Add(*Other, "Stranger", "Linux64");
-  const auto Elsewhere = Add(*Other, "Elsewhere", "Android");
-  TEventRecorder Events;
-  Manager->RemoveProfile(Stranger);
-  EXPECT_EQ(Events.Log, (std::vector<std::string>{"Removed(Stranger)"}));
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (std::vector<std::string>{"A"}));
-
-  Manager->RemoveProfile(Elsewhere);  // no "Android" list here: nothing at all
-  EXPECT_EQ(Events.Log.size(), 1u);
-}
-
-TEST_F(ProfileManager, SetAsDefaultOfTheFirstProfileChangesNothing) {
-  const auto A = Add(*Manager, "A", "Linux64");
-  Add(*Manager, "B", "Linux64");
-  TEventRecorder Events;
-  Manager->SetAsDefaultForPlatform(A);
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (std::vector<std::string>{"A", "B"}));
-  EXPECT_TRUE(Events.Log.empty());
-}
-
-TEST_F(ProfileManager, SetAsDefaultMovesTheProfileToTheFrontWithoutNotification) {
-  Add(*Manager, "A", "Linux64");
-  Add(*Manager, "B", "Linux64");
-  const auto C = Add(*Manager, "C", "Linux64");
-  TEventRecorder Events;
-  Manager->SetAsDefaultForPlatform(C);
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (std::vector<std::string>{"C", "A", "B"}));
-  EXPECT_TRUE(Events.Log.empty());
-  Manager->SetAsDefaultForPlatform(nullptr);
-}
-
-TEST_F(ProfileManager, GetProfileByIndexOutOfRangeIsNil) {
-  Add(*Manager, "A", "Linux64");
-  EXPECT_EQ(Manager->GetProfile("Linux64", -1), nullptr);
-  EXPECT_EQ(Manager->GetProfile("Linux64", 1), nullptr);
-  EXPECT_EQ(Manager->GetProfile("Android", 0), nullptr);
-  EXPECT_EQ(Manager->GetProfileCount("Android"), 0);
-}
-
-TEST_F(ProfileManager, GetProfileByNameIgnoresCase) {
-  const auto Mac = Add(*Manager, "Office Mac", "OSX32");
-  EXPECT_EQ(Manager->GetProfile("office mac"), Mac);
-  EXPECT_EQ(Manager->GetProfile("OFFICE MAC"), Mac);
-  EXPECT_EQ(Manager->GetProfile("Office"), nullptr);
-}
-
-TEST_F(ProfileManager, RenamedProfileIsFoundUnderItsNewNameOnly) {
-  const auto Mac = Add(*Manager, "Mac", "OSX32");
-  Mac->SetName("Studio");
-  EXPECT_EQ(Manager->GetProfile("studio"), Mac);
-  EXPECT_EQ(Manager->GetProfile("Mac"), nullptr);
-  EXPECT_EQ(RaisedMessage([&] { Add(*Manager, "STUDIO", "Android"); }), "A profile named 'STUDIO' already exists");
-  EXPECT_NO_THROW(Add(*Manager, "Mac", "Android"));
-}
-
-TEST_F(ProfileManager, ChangingPlatformRefilesAtTheEndOfTheNewList) {
+TEST_F(ProfileManager, RenameAndPlatformChangeRefileTheProfile) {
   Add(*Manager, "L1", "Linux64");
   const auto A = Add(*Manager, "A", "Android");
   TEventRecorder Events;
   A->SetPlatformName("Linux64");
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (std::vector<std::string>{"L1", "A"}));
+  A->SetName("Studio");
+  EXPECT_EQ(Events.Log, (TNames{"Changed(A)", "Changed(Studio)", "Renamed(Studio,A)"}));  // re-filing adds nothing
+  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (TNames{"L1", "Studio"}));
   EXPECT_EQ(Manager->GetProfileCount("Android"), 0);
-  EXPECT_EQ(Events.Log, (std::vector<std::string>{"Changed(A)"}));  // re-filing sends nothing of its own
+  EXPECT_THAT([&] { Add(*Manager, "STUDIO", "Android"); },
+              ThrowsMessage<ENonAIRException>("A profile named 'STUDIO' already exists"));
+  EXPECT_NO_THROW(Add(*Manager, "A", "Android"));
+  // Straight to a child platform: re-filed under the parent, where the name is then found taken.
+  EXPECT_THROW(Manager->GetProfile("A")->SetPlatformName("iOSDevice"), ENonAIRException);
+  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"A"}));
 }
 
-TEST_F(ProfileManager, ChangingPlatformToIOSDeviceDirectlyRaisesTheDuplicateError) {
-  const auto A = Add(*Manager, "Phone", "Android");
-  EXPECT_EQ(RaisedMessage([&] { A->SetPlatformName("iOSDevice"); }), "A profile named 'Phone' already exists");
-  EXPECT_EQ(A->GetPlatformName(), "OSX32");
-  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (std::vector<std::string>{"Phone"}));
-  EXPECT_EQ(Manager->GetProfileCount("Android"), 0);
-}
-
-TEST_F(ProfileManager, AddExistingProfileObjectAppendsWithoutNotification) {
-  const auto Other = TRemoteProfileManager::Create(nullptr);
-  const auto Foreign = Add(*Other, "Foreign", "iOSSimulator");
-  TEventRecorder Events;
-  Manager->AddProfile(Foreign);
-  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (std::vector<std::string>{"Foreign"}));
-  EXPECT_TRUE(Events.Log.empty());
-  EXPECT_EQ(RaisedMessage([&] { Manager->AddProfile(Foreign); }), "A profile named 'Foreign' already exists");
-}
-
-TEST_F(ProfileManager, WriteEnvOptionsRecordsDefaultsInTheHostsPlatformOrder) {
+TEST_F(ProfileManager, WriteEnvOptionsWritesEachPlatformsDefaultInTheHostsOrder) {
   Add(*Manager, "Mac", "OSX32");
   Add(*Manager, "Local", "Win32");
   Add(*Manager, "Box", "Linux64");
   Manager->WriteEnvOptions();
-  EXPECT_EQ(EnvFile->Log, (std::vector<std::string>{
-                              "Begin",
-                              "Group '$(Platform)'=='Win32'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='Win64'",
-                              "Set DefaultProfile=",
-                              "Group '$(Profile)'=='' And '$(Platform)'=='OSX32'",
-                              "Set Profile=Mac",
-                              "Group '$(Profile)'=='' And '$(Platform)'=='iOSDevice'",
-                              "Set Profile=Mac",
-                              "Group '$(Profile)'=='' And '$(Platform)'=='iOSSimulator'",
-                              "Set Profile=Mac",
-                              "Group '$(Platform)'=='Android'",
-                              "Set DefaultProfile=",
-                              "Group '$(Profile)'=='' And '$(Platform)'=='Linux64'",
-                              "Set Profile=Box",
-                              "End",
-                          }));
+  EXPECT_EQ(Joined(EnvFile->Log),
+            "\nBegin"
+            "\nGroup '$(Platform)'=='Win32' Set DefaultProfile="
+            "\nGroup '$(Platform)'=='Win64' Set DefaultProfile="
+            "\nGroup '$(Profile)'=='' And '$(Platform)'=='OSX32' Set Profile=Mac"
+            "\nGroup '$(Profile)'=='' And '$(Platform)'=='iOSDevice' Set Profile=Mac"
+            "\nGroup '$(Profile)'=='' And '$(Platform)'=='iOSSimulator' Set Profile=Mac"
+            "\nGroup '$(Platform)'=='Android' Set DefaultProfile="
+            "\nGroup '$(Profile)'=='' And '$(Platform)'=='Linux64' Set Profile=Box"
+            "\nEnd");
 }
 
-TEST_F(ProfileManager, WriteEnvOptionsLeavesTheProfilePropertyOfAPlatformThatLostItsLastProfile) {
-  // Part 1.2 as written: "Profile" is written only for a platform with a default; without one
-  // only the other group's "DefaultProfile" is emptied. So the build-environment file keeps the
-  // removed name in "Profile" (docs/DECISIONS.md).
+TEST_F(ProfileManager, TheProcessWideManagerIsLoadedOnceFromTheStoreInstalledAtTheFirstCall) {
+  Ini->WriteString("RemoteProfiles\\Mac", "Platform", "OSX32");
+  Ini->Log.clear();
+  const TRemoteProfileManagerPtr M = RemoteProfileMgr();
+  EXPECT_EQ(Ini->Log.at(0), "ReadSections(RemoteProfiles)");
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (TNames{"Mac"}));
+  Ini->Log.clear();
+  Host.AppIniFile = std::make_shared<TMemIniFile>();
+  Reinstall();
+  EXPECT_EQ(RemoteProfileMgr(), M);
+  EXPECT_EQ(M->GetSettings(), Ini);
+  EXPECT_TRUE(Ini->Log.empty());  // not loaded again
+}
+
+TEST_F(ProfileManager, AssignUpdatesInPlaceAddsNewOnesAndTakesTheCopysDefaults) {
   const auto Mac = Add(*Manager, "Mac", "OSX32");
-  Manager->WriteEnvOptions();
-  const std::vector<std::string> FirstSave = EnvFile->Log;
-  Manager->RemoveProfile(Mac);
-  EXPECT_EQ(Manager->GetDefaultForPlatform("OSX32"), nullptr);
-  EnvFile->Log.clear();
-  Manager->WriteEnvOptions();
-  EXPECT_EQ(EnvFile->Log, (std::vector<std::string>{
-                              "Begin",
-                              "Group '$(Platform)'=='Win32'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='Win64'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='OSX32'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='iOSDevice'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='iOSSimulator'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='Android'",
-                              "Set DefaultProfile=",
-                              "Group '$(Platform)'=='Linux64'",
-                              "Set DefaultProfile=",
-                              "End",
-                          }));
-  // The properties a file holds after both saves, each write applied in order.
-  std::map<std::string, std::map<std::string, std::string>> File;
-  std::string Group;
-  std::vector<std::string> Writes = FirstSave;
-  Writes.insert(Writes.end(), EnvFile->Log.begin(), EnvFile->Log.end());
-  for (const std::string& Line : Writes) {
-    if (Line.rfind("Group ", 0) == 0) Group = Line.substr(6);
-    if (Line.rfind("Set ", 0) != 0) continue;
-    const std::size_t Eq = Line.find('=');
-    File[Group][Line.substr(4, Eq - 4)] = Line.substr(Eq + 1);
-  }
-  EXPECT_EQ(File["'$(Profile)'=='' And '$(Platform)'=='OSX32'"]["Profile"], "Mac");  // the removed name
-  EXPECT_EQ(File["'$(Profile)'=='' And '$(Platform)'=='iOSDevice'"]["Profile"], "Mac");
-  EXPECT_EQ(File["'$(Platform)'=='OSX32'"]["DefaultProfile"], "");
-}
-
-TEST_F(ProfileManager, ProfilesOutliveTheirEditableCopy) {
-  IOTARemoteProfilePtr Survivor;
-  {
-    auto Copy = TRemoteProfileManager::Create(nullptr);
-    Survivor = Add(*Copy, "Survivor", "Linux64");
-  }
+  Add(*Manager, "A", "Linux64");
+  Add(*Manager, "B", "Linux64");
+  const auto Copy = TRemoteProfileManager::Create(nullptr);  // as the options page edits it
+  Add(*Copy, "MAC", "OSX32")->SetHostName("new.host");       // a change of case only is not taken
+  Copy->GetProfile("Mac")->SetPortNumber(1234);
+  Add(*Copy, "B", "Linux64");
+  Add(*Copy, "A", "Linux64");
+  Add(*Copy, "Droid", "Android");
   TEventRecorder Events;
-  Survivor->SetHostName("still.here");  // the callback finds no manager and does nothing
-  EXPECT_EQ(Survivor->GetHostName(), "still.here");
-  EXPECT_TRUE(Events.Log.empty());
+  Manager->Assign(Copy);
+  EXPECT_EQ(Events.Log, (TNames{"Added(Droid)", "Changed(Mac)"}));  // one change for two fields
+  EXPECT_EQ(Manager->GetProfile("mac"), Mac);
+  EXPECT_EQ(Mac->GetName() + " " + Mac->GetHostName() + ":" + std::to_string(Mac->GetPortNumber()),
+            "Mac new.host:1234");
+  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (TNames{"B", "A"}));
 }
 
-TEST_F(ProfileManager, ParentPlatformMapping) {
-  EXPECT_EQ(ParentPlatform("iOSSimulator"), "OSX32");
-  EXPECT_EQ(ParentPlatform("iosdevice"), "OSX32");
-  EXPECT_EQ(ParentPlatform("OSX64"), "OSX64");
-  EXPECT_EQ(ParentPlatform("win32"), "win32");
+TEST_F(ProfileManager, AssignKeepsTheObjectOfAnAnnouncedRenameAndReplacesAnUnannouncedOne) {
+  const auto Live = Stored({"Old1", "Old2", "Keep"});
+  const auto Old1 = Live->GetProfile("Old1");
+  const auto Old2 = Live->GetProfile("Old2");
+  Add(*Manager, "New1", "Linux64");
+  Add(*Manager, "Keep", "Linux64");
+  Add(*Manager, "New2", "Linux64")->SetHostName("Old2.example");  // nothing else changed
+  TEventRecorder Events;
+  Live->NotifyRenames({{"Old2", "New2"}});
+  Live->Assign(Manager);
+  EXPECT_EQ(Events.Log, (TNames{"Changed(New2)", "Renamed(New2,Old2)", "Added(New1)", "Removed(Old1)"}));
+  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"New1", "New2", "Keep"}));  // the copy's default first
+  EXPECT_EQ(Live->GetProfile("New2"), Old2);
+  EXPECT_NE(Live->GetProfile("New1"), Old1);
+  EXPECT_FALSE(HasFile("Old1") || HasFile("Old2") || Ini->HasSection("RemoteProfiles\\Old1"));
+  EXPECT_TRUE(HasFile("New1") && HasFile("New2") && Ini->HasSection("RemoteProfiles\\New1"));  // all written again
 }
+
+TEST_F(ProfileManager, AssignStopsAtTheFirstRefusedNameAndSavesNothing) {
+  const auto Live = Stored({});
+  Ini->Log.clear();
+  Add(*Manager, "Fresh", "Android");
+  Add(*Manager, "Box", "Linux64")->SetName("bad/name");  // SetName does not check names
+  EXPECT_THROW(Live->Assign(Manager), ENonAIRException);
+  EXPECT_NE(Live->GetProfile("Fresh"), nullptr);  // what was merged so far stays
+  EXPECT_TRUE(Ini->Log.empty());
+}
+
+TEST_F(ProfileManager, NotifyRenamesReplacesAProfileUnderTheNewNameAndDropsACaseOnlyRename) {
+  const auto Live = Stored({"A", "B", "C"});
+  const auto A = Live->GetProfile("A");
+  const auto C = Live->GetProfile("C");
+  TEventRecorder Events;
+  Live->NotifyRenames({{"A", "B"}, {"Missing", "X"}, {"C", "c"}});
+  EXPECT_EQ(Events.Log,
+            (TNames{"Removed(B)", "Changed(B)", "Renamed(B,A)", "Removed(C)", "Changed(c)", "Renamed(c,C)"}));
+  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"B"}));
+  EXPECT_EQ(Live->GetProfile("B"), A);
+  EXPECT_EQ(C->GetName(), "c");  // renamed, but no longer filed
+  EXPECT_FALSE(HasFile("A") || HasFile("B") || HasFile("C"));
+}
+
+}  // namespace

@@ -1,6 +1,8 @@
 // Test doubles of the host interfaces (src/host), and a fixture that installs them.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -8,13 +10,11 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "doubles/MemIniFile.h"
 #include "host/HostServices.h"
 
-/// Records every message box (text, kind, buttons) and answers from a script. With the
-/// script empty it answers the first button offered and records that it had to.
+/// Records every message box (text, kind, buttons) and answers from a script; with the
+/// script empty it answers the first button offered.
 class TMessageBoxDouble : public IOTAMessageServices {
  public:
   struct TShown {
@@ -25,33 +25,31 @@ class TMessageBoxDouble : public IOTAMessageServices {
   TMsgDlgBtn MessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) override;
   std::vector<TShown> Shown;
   std::deque<TMsgDlgBtn> Answers;
-  int UnscriptedAnswers = 0;
 };
 
-/// Platforms of the reference host's kind, with display names and profile requirements.
+/// The reference host's kind of platforms (identifier, display name) in the host's order;
+/// none needs a profile.
 class TPlatformServicesDouble : public IOTAPlatformServices {
  public:
-  struct TPlatformInfo {
-    std::string Name;
-    std::string DisplayName;
-    bool NeedsProfileToCompile = false;
-    bool NeedsProfileToRun = false;
-  };
-  TPlatformServicesDouble();  // "Win32", "Win64", "OSX32", "iOSDevice", "iOSSimulator", "Android", "Linux64"
   std::vector<std::string> GetAllPlatforms() const override;
   IOTAPlatformPtr GetPlatform(const std::string& PlatformName) const override;
-  std::vector<TPlatformInfo> Platforms;
-  mutable int Calls = 0;  ///< how often the host was asked anything
+  std::vector<std::pair<std::string, std::string>> Platforms{
+      {"Win32", "32-bit Windows"}, {"Win64", "64-bit Windows"},       {"OSX32", "32-bit OS X"},
+      {"iOSDevice", "iOS Device"}, {"iOSSimulator", "iOS Simulator"}, {"Android", "Android"},
+      {"Linux64", "64-bit Linux"}};
 };
 
 /// Directories in a fresh temporary folder, variables from a map, root macros "$(NAME)".
 class TEnvironmentDouble : public IOTAEnvironment {
  public:
-  explicit TEnvironmentDouble(std::filesystem::path Root);
+  explicit TEnvironmentDouble(const std::filesystem::path& Root);
   std::string fnAppDataDir() const override { return AppDataDir; }
   std::string fnBaseDocumentsDir() const override { return DocumentsDir; }
-  std::string GetVariable(const std::string& Name) const override;
-  void AddVariable(const std::string& Name, const std::string& DefaultValue) override;
+  std::string GetVariable(const std::string& N) const override { return Variables.contains(N) ? Variables.at(N) : ""; }
+  void AddVariable(const std::string& Name, const std::string& DefaultValue) override {
+    Declared.emplace_back(Name, DefaultValue);
+    Variables.try_emplace(Name, DefaultValue);
+  }
   std::string ExpandRootMacro(const std::string& Text) const override;
   std::string AppDataDir;
   std::string DocumentsDir;
@@ -65,45 +63,47 @@ class TEnvFileWriterDouble : public IOTAEnvFileWriter {
   void BeginEnvFileSave() override { Log.push_back("Begin"); }
   void EndEnvFileSave() override { Log.push_back("End"); }
   void SetCurrentPropertyGroup(const std::string& Condition) override { Log.push_back("Group " + Condition); }
-  void UpdateEnvFile(const std::string& Name, const std::string& Value) override {
-    Log.push_back("Set " + Name + "=" + Value);
-  }
+  void UpdateEnvFile(const std::string& N, const std::string& V) override { Log.push_back("Set " + N + "=" + V); }
   std::vector<std::string> Log;
 };
 
-/// A project with per-platform profile names (nullptr platforms: the project lacks them).
-class TProjectDouble : public IOTAProject, public IOTAProjectPlatforms {
+/// A project with per-platform profile names; one that does not offer platforms has no
+/// per-platform interface at all.
+class TProjectDouble : public IOTAProject,
+                       public IOTAProjectPlatforms,
+                       public std::enable_shared_from_this<TProjectDouble> {
  public:
-  explicit TProjectDouble(std::string FileName, bool OffersPlatforms = true)
-      : FileName(std::move(FileName)), OffersPlatforms(OffersPlatforms) {}
-  std::string GetFileName() const override { return FileName; }
-  std::string GetProjectType() const override { return ProjectType; }
-  std::string GetCurrentPlatform() const override { return CurrentPlatform; }
-  std::string GetActiveConfigurationName() const override { return Configuration; }
-  IOTAProjectPlatformsPtr GetProjectPlatforms() override;
-  std::string GetProfile(const std::string& PlatformName) const override;
-  void SetProfile(const std::string& PlatformName, const std::string& ProfileName) override;
-  std::string FileName;
-  bool OffersPlatforms;
-  std::string ProjectType = "Application";
-  std::string CurrentPlatform = "OSX32";
-  std::string Configuration = "Debug";
+  explicit TProjectDouble(bool OffersPlatforms) : Offers(OffersPlatforms) {}
+  std::string GetFileName() const override { return "app.dproj"; }
+  std::string GetProjectType() const override { return "Application"; }
+  std::string GetCurrentPlatform() const override { return "OSX32"; }
+  std::string GetActiveConfigurationName() const override { return "Debug"; }
+  IOTAProjectPlatformsPtr GetProjectPlatforms() override { return Offers ? shared_from_this() : nullptr; }
+  std::string GetProfile(const std::string& P) const override { return Profiles.contains(P) ? Profiles.at(P) : ""; }
+  void SetProfile(const std::string& Platform, const std::string& Name) override { Profiles[Platform] = Name; }
+  bool Offers;
   std::map<std::string, std::string> Profiles;
-  std::shared_ptr<TProjectDouble> Self;  ///< set by TProjectServicesDouble::AddProject
 };
 
-class TProjectServicesDouble : public IOTAProjectServices, public IOTAProjectGroup {
+/// The open project group (none while GroupOpen is false) and its projects; logs the
+/// project manager's update bracket.
+class TProjectServicesDouble : public IOTAProjectServices,
+                               public IOTAProjectGroup,
+                               public std::enable_shared_from_this<TProjectServicesDouble> {
  public:
-  IOTAProjectGroupPtr GetMainProjectGroup() const override;
+  IOTAProjectGroupPtr GetMainProjectGroup() const override {
+    return GroupOpen ? std::const_pointer_cast<TProjectServicesDouble>(shared_from_this()) : nullptr;
+  }
   void BeginUpdate() override { Log.push_back("BeginUpdate"); }
   void EndUpdate() override { Log.push_back("EndUpdate"); }
   int GetProjectCount() const override { return static_cast<int>(Projects.size()); }
-  IOTAProjectPtr GetProject(int Index) const override { return Projects.at(Index); }
-  std::shared_ptr<TProjectDouble> AddProject(const std::string& FileName, bool OffersPlatforms = true);
+  IOTAProjectPtr GetProject(int Index) const override { return Projects.at(static_cast<std::size_t>(Index)); }
+  std::shared_ptr<TProjectDouble> AddProject(bool OffersPlatforms = true) {
+    return Projects.emplace_back(std::make_shared<TProjectDouble>(OffersPlatforms));
+  }
   bool GroupOpen = true;
   std::vector<std::shared_ptr<TProjectDouble>> Projects;
   std::vector<std::string> Log;
-  std::weak_ptr<TProjectServicesDouble> Self;
 };
 
 /// Installs the doubles as the host for one test, in a fresh temporary folder, and puts
@@ -112,8 +112,8 @@ class THostFixture : public ::testing::Test {
  protected:
   void SetUp() override;
   void TearDown() override;
-  /// Installs Services (after changing members of Host) again.
-  void Reinstall();
+  /// Installs Host again, after a test changed its members.
+  void Reinstall() { SetHostServices(Host); }
 
   std::filesystem::path TempDir;
   std::shared_ptr<TMemIniFile> Ini;
@@ -128,5 +128,5 @@ class THostFixture : public ::testing::Test {
   THostServices FPrevious;
 };
 
-/// A fresh, empty temporary directory (removed by the fixture).
+/// A fresh, empty temporary directory.
 std::filesystem::path MakeTempDir(const std::string& Tag);
