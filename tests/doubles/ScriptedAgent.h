@@ -14,123 +14,171 @@
 
 #include "host/AgentClient.h"
 
-class TScriptedAgent;
+/// "Name(arg,...)", the form of every entry of an agent's logs.
+inline std::string AgentCall(const std::string& Name, std::initializer_list<std::string> Args) {
+  std::string Entry = Name + "(";
+  for (const std::string& Arg : Args) Entry += (&Arg == Args.begin() ? "" : ",") + Arg;
+  return Entry + ")";
+}
 
-/// What a scripted call may call back while it runs; every callback made through these
-/// helpers is recorded in the agent's ListenerLog with the manager's answer, e.g.
-/// "Overwrite(a.h)=true", "BytesCopied(/r,src,dst,100,10000000)=1".
+/// The listeners a scripted call may call back while it runs (nullptr where none was passed).
 struct TAgentCallContext {
-  TScriptedAgent& Agent;
-  IConnectionListener* Connection = nullptr;
-  IFileListener* Files = nullptr;
-  IFileIteration* Iteration = nullptr;
-
-  bool Overwrite(const std::string& FileName, TDateTime Time1, std::int64_t Size1, TDateTime Time2,
-                 std::int64_t Size2);
-  std::uint8_t BytesCopied(const std::string& S1, const std::string& S2, const std::string& S3, std::int64_t Done,
-                           std::int64_t Total);
-  void PreCopy(const std::string& S1, const std::string& S2, const std::string& S3, std::int64_t Size);
-  std::uint8_t Accept(const std::string& S1, const std::string& S2, bool IsDirectory);
-  bool ContinueOnError(const std::string& S1, const std::string& S2);
-  void Deleted(const std::string& S1, const std::string& S2);
-  bool EnterDirectory(const std::string& Directory);
-  bool Retry();
-  bool Abort();
+  IConnectionListener* Connection;
+  IFileListener* Files;
+  IFileIteration* Iteration;
 };
 
 /// One scripted answer of one agent call.
 struct TAgentAnswer {
   bool Result = true;
-  std::string Error;                 ///< GetLastError's text after this call
-  std::optional<std::string> Text;   ///< ExpandPath/ExpandAllPaths output, GetIOSLauncher's answer
-  std::int32_t Number = 0;           ///< Run's process number; Debug's N1
-  std::int32_t Number2 = 0;          ///< Debug's N2
-  std::optional<std::map<std::string, std::string>> Env;  ///< GetEnv's table (none: nullptr)
-  std::optional<TRARemoteFileList> Listing;               ///< ListFiles' listing (none: nullptr)
-  std::function<void(TAgentCallContext&)> During;         ///< callbacks made inside the call
+  std::string Error{};                   ///< GetLastError's text after this call
+  std::optional<std::string> Text{};     ///< ExpandPath/ExpandAllPaths output, GetIOSLauncher's answer
+  std::int32_t Number = 0, Number2 = 0;  ///< Run's process number; Debug's N1 and N2
+  std::optional<std::map<std::string, std::string>> Env{};  ///< GetEnv's table (none: nullptr)
+  std::optional<TRARemoteFileList> Listing{};               ///< ListFiles' listing (none: nullptr)
+  std::function<void(TAgentCallContext&)> During{};         ///< callbacks made inside the call
 };
 
 class TScriptedAgent : public TRAClient {
  public:
-  explicit TScriptedAgent(std::string Name = "", std::string VirtualFile = "");
+  explicit TScriptedAgent(std::string Name = "") : Name(std::move(Name)) {}
 
-  /// Queues Answer for the next call named Call ("Connect", "PutFile", "GetFiles", ...).
-  void Script(const std::string& Call, TAgentAnswer Answer);
-  /// The answer of Call whenever its queue is empty (otherwise: true, no error, no output).
-  void Always(const std::string& Call, TAgentAnswer Answer);
-
-  /// Every call, in order, as "Name(arg,...)"; Booleans as 0/1, no listener arguments.
-  mutable std::vector<std::string> Log;
+  /// Queues Answer for the next call named Call ("Connect", "PutFile", "GetFiles", ...). A
+  /// call without a queued answer succeeds without error or output.
+  void Script(const std::string& Call, TAgentAnswer Answer) { FQueued[Call].push_back(std::move(Answer)); }
   /// Log without the questions IsConnected() and GetLastError().
-  std::vector<std::string> Actions() const;
-  /// The listener callbacks made by scripted steps, with the answers they got.
-  std::vector<std::string> ListenerLog;
-  /// The file listener of each transfer call (PutFile, RemoveRemoteFile, GetFiles,
-  /// GetFrameworkFiles), in order; nullptr where none was passed.
-  std::vector<IFileListener*> FileListeners;
-  /// The listener of each Connect call, in order.
-  std::vector<IConnectionListener*> ConnectListeners;
+  std::vector<std::string> Actions() const {
+    std::vector<std::string> Result = Log;
+    std::erase_if(Result,
+                  [](const std::string& Entry) { return Entry == "IsConnected()" || Entry == "GetLastError()"; });
+    return Result;
+  }
+
+  mutable std::vector<std::string> Log;       ///< every call, in order; Booleans as 0/1, no listener arguments
+  std::vector<IFileListener*> FileListeners;  ///< the file listener of each transfer call
   bool Connected = false;
-  std::string LastError;
-  std::string Name, VirtualFile, HostName, Platform, SysRoot;
+  std::string Name, HostName, LastError;
   std::int32_t Port = 0;
-  TRACredential Credential;
 
   std::string GetName() const override { return Name; }
   std::string GetHostName() const override { return HostName; }
-  void SetHostName(const std::string& Value) override;
+  void SetHostName(const std::string& Value) override { Log.push_back(AgentCall("SetHostName", {HostName = Value})); }
   std::int32_t GetPort() const override { return Port; }
-  void SetPort(std::int32_t Value) override;
-  void SetPlatform(const std::string& Value) override;
-  void SetCredential(const TRACredential& Value) override;
-  void SetSysRoot(const std::string& Value) override;
-  bool Connect(IConnectionListener* Listener) override;
-  void Disconnect() override;
-  bool IsConnected() const override;
-  std::string GetLastError() const override;
+  void SetPort(std::int32_t Value) override { Log.push_back(AgentCall("SetPort", {std::to_string(Port = Value)})); }
+  void SetPlatform(const std::string& Value) override { Log.push_back(AgentCall("SetPlatform", {Value})); }
+  void SetCredential(const TRACredential& Value) override {
+    Log.push_back(AgentCall("SetCredential", {Value.PasswordOrFile, B(Value.IsPassword), B(Value.IsEncrypted)}));
+  }
+  void SetSysRoot(const std::string& Value) override { Log.push_back(AgentCall("SetSysRoot", {Value})); }
+  bool Connect(IConnectionListener* Listener) override {
+    return Connected = Play(Listener ? "Connect(listener)" : "Connect()", Listener).Result;
+  }
+  void Disconnect() override {
+    Log.push_back("Disconnect()");
+    Connected = false;
+  }
+  bool IsConnected() const override { return Log.push_back("IsConnected()"), Connected; }
+  std::string GetLastError() const override { return Log.push_back("GetLastError()"), LastError; }
   bool PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t Attributes,
-               const std::string& RemoteName, IFileListener* Listener) override;
-  bool RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) override;
-  bool GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
-                IFileIteration* Iteration, IFileListener* Listener) override;
+               const std::string& RemoteName, IFileListener* Listener) override {
+    return Transfer(AgentCall("PutFile", {RemoteDir, LocalFile, std::to_string(Attributes), RemoteName}), Listener);
+  }
+  bool RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) override {
+    return Transfer(AgentCall("RemoveRemoteFile", {RemoteFile}), Listener);
+  }
+  bool GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask, IFileIteration* Iteration,
+                IFileListener* Listener) override {
+    return Transfer(AgentCall("GetFiles", {RemotePath, B(IncludeSubDirs), Mask}), Listener, Iteration);
+  }
   bool GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName, bool IncludeNonEssential,
-                         IFileIteration* Iteration, IFileListener* Listener) override;
-  bool ExpandPath(const std::string& Path, std::string& Expanded) override;
-  bool ExpandAllPaths(const std::string& Paths, std::string& Expanded) override;
-  bool DirExists(const std::string& Path) override;
+                         IFileIteration* Iteration, IFileListener* Listener) override {
+    return Transfer(AgentCall("GetFrameworkFiles", {RemotePath, FrameworkName, B(IncludeNonEssential)}), Listener,
+                    Iteration);
+  }
+  bool ExpandPath(const std::string& Path, std::string& Expanded) override {
+    return Expand(AgentCall("ExpandPath", {Path}), Expanded);
+  }
+  bool ExpandAllPaths(const std::string& Paths, std::string& Expanded) override {
+    return Expand(AgentCall("ExpandAllPaths", {Paths}), Expanded);
+  }
+  bool DirExists(const std::string& Path) override { return Play(AgentCall("DirExists", {Path})).Result; }
   std::unique_ptr<TRARemoteFileList> ListFiles(const std::string& Path, std::int32_t Depth,
-                                               bool DirectoriesOnly) override;
-  bool CreateSymLink(const std::string& Target, const std::string& LinkName) override;
-  std::string GetIOSLauncher(const std::string& Name, bool Simulator) override;
-  std::unique_ptr<std::map<std::string, std::string>> GetEnv() override;
+                                               bool DirectoriesOnly) override {
+    const TAgentAnswer Answer = Play(AgentCall("ListFiles", {Path, std::to_string(Depth), B(DirectoriesOnly)}));
+    return Answer.Listing ? std::make_unique<TRARemoteFileList>(*Answer.Listing) : nullptr;
+  }
+  bool CreateSymLink(const std::string& Target, const std::string& LinkName) override {
+    return Play(AgentCall("CreateSymLink", {Target, LinkName})).Result;
+  }
+  std::string GetIOSLauncher(const std::string& Launcher, bool Simulator) override {
+    return Play(AgentCall("GetIOSLauncher", {Launcher, B(Simulator)})).Text.value_or("");
+  }
+  std::unique_ptr<std::map<std::string, std::string>> GetEnv() override {
+    const TAgentAnswer Answer = Play("GetEnv()");
+    return Answer.Env ? std::make_unique<std::map<std::string, std::string>>(*Answer.Env) : nullptr;
+  }
   bool Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
            const std::string& Launcher, const std::vector<std::string>* Environment, const std::string& OutputFile,
-           const std::string& InputFile, std::int32_t& ProcessNumber) override;
-  bool Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2,
-             std::int32_t& N3) override;
+           const std::string& InputFile, std::int32_t& ProcessNumber) override {
+    std::string Env;
+    for (const std::string& Variable : Environment ? *Environment : std::vector<std::string>())
+      Env += (Env.empty() ? "" : ";") + Variable;
+    const TAgentAnswer Answer = Play(AgentCall("Run", {Program, Parameters, WorkingDir, Launcher,
+                                                       Environment ? "[" + Env + "]" : "none", OutputFile, InputFile}));
+    ProcessNumber = Answer.Number;
+    return Answer.Result;
+  }
+  bool Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2, std::int32_t& N3) override {
+    const TAgentAnswer Answer =
+        Play(AgentCall("Debug", {Program, B(Attach), std::to_string(N1), std::to_string(N2), std::to_string(N3)}));
+    N1 = Answer.Number;
+    N2 = Answer.Number2;
+    return Answer.Result;
+  }
 
  private:
-  /// Logs Entry, takes the call's answer, runs its During step, sets LastError.
-  TAgentAnswer Play(const std::string& Call, const std::string& Entry, IConnectionListener* Connection,
-                    IFileListener* Files, IFileIteration* Iteration);
+  static std::string B(bool Value) { return Value ? "1" : "0"; }
+  /// Logs Entry, takes the answer queued for its call, runs its During step, sets LastError.
+  TAgentAnswer Play(const std::string& Entry, IConnectionListener* Connection = nullptr, IFileListener* Files = nullptr,
+                    IFileIteration* Iteration = nullptr) {
+    Log.push_back(Entry);
+    std::deque<TAgentAnswer>& Queue = FQueued[Entry.substr(0, Entry.find('('))];
+    TAgentAnswer Answer;
+    if (!Queue.empty()) Answer = std::move(Queue.front()), Queue.pop_front();
+    TAgentCallContext Context{Connection, Files, Iteration};
+    if (Answer.During) Answer.During(Context);
+    LastError = Answer.Error;
+    return Answer;
+  }
+  bool Transfer(const std::string& Entry, IFileListener* Listener, IFileIteration* Iteration = nullptr) {
+    FileListeners.push_back(Listener);
+    return Play(Entry, nullptr, Listener, Iteration).Result;
+  }
+  bool Expand(const std::string& Entry, std::string& Expanded) {
+    const TAgentAnswer Answer = Play(Entry);
+    if (Answer.Text) Expanded = *Answer.Text;
+    return Answer.Result;
+  }
   std::map<std::string, std::deque<TAgentAnswer>> FQueued;
-  std::map<std::string, TAgentAnswer> FAlways;
 };
 using TScriptedAgentPtr = std::shared_ptr<TScriptedAgent>;
 
 /// The agent library double: hands out scripted clients and records each CreateClient.
 class TScriptedAgentLibrary : public TRAClientFactory {
  public:
-  TRAClientPtr CreateClient(const std::string& Name, const std::string& VirtualFile) override;
-  /// ProfileMaker's object, or nullptr when none is set (a profile-file double may set it).
-  std::unique_ptr<TRAClientProfile> CreateProfile() override;
-  /// Deterministic: "enc:" followed by the password's bytes in hex.
-  std::string Encrypt(const std::string& Password) override;
+  TRAClientPtr CreateClient(const std::string& Name, const std::string& VirtualFile) override {
+    CreateClientCalls.push_back(AgentCall("CreateClient", {Name, VirtualFile}));
+    TScriptedAgentPtr Client = Prepared.empty() ? std::make_shared<TScriptedAgent>() : Prepared.front();
+    if (!Prepared.empty()) Prepared.pop_front();
+    Client->Name = Name;
+    Clients.push_back(Client);
+    return Client;
+  }
+  std::unique_ptr<TRAClientProfile> CreateProfile() override { return nullptr; }
+  std::string Encrypt(const std::string& Password) override { return "enc:" + Password; }
 
   std::vector<std::string> CreateClientCalls;  ///< "CreateClient(name,virtualfile)"
   std::vector<TScriptedAgentPtr> Clients;      ///< every client handed out, in order
   std::deque<TScriptedAgentPtr> Prepared;      ///< handed out first, in order (named on hand-out)
-  std::function<void(TScriptedAgent&)> OnCreate;  ///< scripts every client handed out
-  std::function<std::unique_ptr<TRAClientProfile>()> ProfileMaker;
 };
 using TScriptedAgentLibraryPtr = std::shared_ptr<TScriptedAgentLibrary>;
