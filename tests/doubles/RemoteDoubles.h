@@ -24,10 +24,7 @@ inline std::string NoticeText(TOTAProgressType ProgressType, std::int32_t Index,
 class TProgressRecorder {
  public:
   TOTAProgressProc Proc() {
-    return [this](TOTAProgressType Type, std::int32_t Index, std::int32_t Count, const std::string& Text,
-                  const std::string& Detail1, const std::string& Detail2, std::int32_t Position) {
-      return Record(NoticeText(Type, Index, Count, Text, Detail1, Detail2, Position));
-    };
+    return [this](const auto&... Notice) { return Record(NoticeText(Notice...)); };
   }
   bool Record(std::string Notice) {
     Notices.push_back(std::move(Notice));
@@ -53,8 +50,7 @@ class TConnectionCallbackDouble : public IOTAConnectionCallback {
  public:
   bool Retry() override { return Log.push_back("Retry"), RetryAnswer; }
   bool Abort() override { return Log.push_back("Abort"), AbortAnswer; }
-  bool RetryAnswer = false;
-  bool AbortAnswer = false;
+  bool RetryAnswer = false, AbortAnswer = false;
   std::vector<std::string> Log;
 };
 
@@ -63,7 +59,6 @@ class TPlatformSDKDouble : public IOTAPlatformSDK {
   std::string GetSystemRoot() const override { return SystemRoot; }
   std::string GetLocalRootPart() const override { return LocalRootPart; }
   TOTARemoteProfilePathArray GetPathItems() const override { return Items; }
-  std::string SystemRoot;
-  std::string LocalRootPart;
+  std::string SystemRoot, LocalRootPart;
   TOTARemoteProfilePathArray Items;
 };

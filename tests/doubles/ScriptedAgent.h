@@ -9,23 +9,26 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "host/AgentClient.h"
 
-/// "Name(arg,...)", the form of every entry of an agent's logs.
-inline std::string AgentCall(const std::string& Name, std::initializer_list<std::string> Args) {
-  std::string Entry = Name + "(";
-  for (const std::string& Arg : Args) Entry += (&Arg == Args.begin() ? "" : ",") + Arg;
-  return Entry + ")";
+/// "Name(arg,...)", the form of every entry of an agent's logs; Booleans as 1/0.
+template <typename... TArgs>
+std::string AgentCall(const std::string& Name, const TArgs&... Args) {
+  std::ostringstream Out;
+  [[maybe_unused]] const char* Separator = "";
+  ((Out << Separator << Args, Separator = ","), ...);
+  return Name + "(" + Out.str() + ")";
 }
 
 /// The listeners a scripted call may call back while it runs (nullptr where none was passed).
 struct TAgentCallContext {
-  IConnectionListener* Connection;
-  IFileListener* Files;
-  IFileIteration* Iteration;
+  IConnectionListener* Connection = nullptr;
+  IFileListener* Files = nullptr;
+  IFileIteration* Iteration = nullptr;
 };
 
 /// One scripted answer of one agent call.
@@ -41,20 +44,17 @@ struct TAgentAnswer {
 
 class TScriptedAgent : public TRAClient {
  public:
-  explicit TScriptedAgent(std::string Name = "") : Name(std::move(Name)) {}
-
   /// Queues Answer for the next call named Call ("Connect", "PutFile", "GetFiles", ...). A
   /// call without a queued answer succeeds without error or output.
   void Script(const std::string& Call, TAgentAnswer Answer) { FQueued[Call].push_back(std::move(Answer)); }
   /// Log without the questions IsConnected() and GetLastError().
   std::vector<std::string> Actions() const {
     std::vector<std::string> Result = Log;
-    std::erase_if(Result,
-                  [](const std::string& Entry) { return Entry == "IsConnected()" || Entry == "GetLastError()"; });
+    std::erase_if(Result, [](const std::string& E) { return E == "IsConnected()" || E == "GetLastError()"; });
     return Result;
   }
 
-  mutable std::vector<std::string> Log;       ///< every call, in order; Booleans as 0/1, no listener arguments
+  mutable std::vector<std::string> Log;       ///< every call, in order, without listener arguments
   std::vector<IFileListener*> FileListeners;  ///< the file listener of each transfer call
   bool Connected = false;
   std::string Name, HostName, LastError;
@@ -62,100 +62,94 @@ class TScriptedAgent : public TRAClient {
 
   std::string GetName() const override { return Name; }
   std::string GetHostName() const override { return HostName; }
-  void SetHostName(const std::string& Value) override { Log.push_back(AgentCall("SetHostName", {HostName = Value})); }
+  void SetHostName(const std::string& Value) override { Log.push_back(AgentCall("SetHostName", HostName = Value)); }
   std::int32_t GetPort() const override { return Port; }
-  void SetPort(std::int32_t Value) override { Log.push_back(AgentCall("SetPort", {std::to_string(Port = Value)})); }
-  void SetPlatform(const std::string& Value) override { Log.push_back(AgentCall("SetPlatform", {Value})); }
+  void SetPort(std::int32_t Value) override { Log.push_back(AgentCall("SetPort", Port = Value)); }
+  void SetPlatform(const std::string& Value) override { Log.push_back(AgentCall("SetPlatform", Value)); }
   void SetCredential(const TRACredential& Value) override {
-    Log.push_back(AgentCall("SetCredential", {Value.PasswordOrFile, B(Value.IsPassword), B(Value.IsEncrypted)}));
+    Log.push_back(AgentCall("SetCredential", Value.PasswordOrFile, Value.IsPassword, Value.IsEncrypted));
   }
-  void SetSysRoot(const std::string& Value) override { Log.push_back(AgentCall("SetSysRoot", {Value})); }
+  void SetSysRoot(const std::string& Value) override { Log.push_back(AgentCall("SetSysRoot", Value)); }
   bool Connect(IConnectionListener* Listener) override {
-    return Connected = Play(Listener ? "Connect(listener)" : "Connect()", Listener).Result;
+    return Connected = Play({Listener}, "Connect", Listener ? "listener" : "").Result;
   }
-  void Disconnect() override {
-    Log.push_back("Disconnect()");
-    Connected = false;
-  }
+  void Disconnect() override { Log.push_back("Disconnect()"), Connected = false; }
   bool IsConnected() const override { return Log.push_back("IsConnected()"), Connected; }
   std::string GetLastError() const override { return Log.push_back("GetLastError()"), LastError; }
   bool PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t Attributes,
                const std::string& RemoteName, IFileListener* Listener) override {
-    return Transfer(AgentCall("PutFile", {RemoteDir, LocalFile, std::to_string(Attributes), RemoteName}), Listener);
+    return Transfer({nullptr, Listener}, "PutFile", RemoteDir, LocalFile, Attributes, RemoteName);
   }
   bool RemoveRemoteFile(const std::string& RemoteFile, IFileListener* Listener) override {
-    return Transfer(AgentCall("RemoveRemoteFile", {RemoteFile}), Listener);
+    return Transfer({nullptr, Listener}, "RemoveRemoteFile", RemoteFile);
   }
   bool GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask, IFileIteration* Iteration,
                 IFileListener* Listener) override {
-    return Transfer(AgentCall("GetFiles", {RemotePath, B(IncludeSubDirs), Mask}), Listener, Iteration);
+    return Transfer({nullptr, Listener, Iteration}, "GetFiles", RemotePath, IncludeSubDirs, Mask);
   }
   bool GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName, bool IncludeNonEssential,
                          IFileIteration* Iteration, IFileListener* Listener) override {
-    return Transfer(AgentCall("GetFrameworkFiles", {RemotePath, FrameworkName, B(IncludeNonEssential)}), Listener,
-                    Iteration);
+    return Transfer({nullptr, Listener, Iteration}, "GetFrameworkFiles", RemotePath, FrameworkName,
+                    IncludeNonEssential);
   }
-  bool ExpandPath(const std::string& Path, std::string& Expanded) override {
-    return Expand(AgentCall("ExpandPath", {Path}), Expanded);
+  bool ExpandPath(const std::string& Path, std::string& Out) override {
+    return Expand(Play({}, "ExpandPath", Path), Out);
   }
-  bool ExpandAllPaths(const std::string& Paths, std::string& Expanded) override {
-    return Expand(AgentCall("ExpandAllPaths", {Paths}), Expanded);
+  bool ExpandAllPaths(const std::string& Paths, std::string& Out) override {
+    return Expand(Play({}, "ExpandAllPaths", Paths), Out);
   }
-  bool DirExists(const std::string& Path) override { return Play(AgentCall("DirExists", {Path})).Result; }
+  bool DirExists(const std::string& Path) override { return Play({}, "DirExists", Path).Result; }
   std::unique_ptr<TRARemoteFileList> ListFiles(const std::string& Path, std::int32_t Depth,
                                                bool DirectoriesOnly) override {
-    const TAgentAnswer Answer = Play(AgentCall("ListFiles", {Path, std::to_string(Depth), B(DirectoriesOnly)}));
+    const TAgentAnswer Answer = Play({}, "ListFiles", Path, Depth, DirectoriesOnly);
     return Answer.Listing ? std::make_unique<TRARemoteFileList>(*Answer.Listing) : nullptr;
   }
   bool CreateSymLink(const std::string& Target, const std::string& LinkName) override {
-    return Play(AgentCall("CreateSymLink", {Target, LinkName})).Result;
+    return Play({}, "CreateSymLink", Target, LinkName).Result;
   }
   std::string GetIOSLauncher(const std::string& Launcher, bool Simulator) override {
-    return Play(AgentCall("GetIOSLauncher", {Launcher, B(Simulator)})).Text.value_or("");
+    return Play({}, "GetIOSLauncher", Launcher, Simulator).Text.value_or("");
   }
   std::unique_ptr<std::map<std::string, std::string>> GetEnv() override {
-    const TAgentAnswer Answer = Play("GetEnv()");
+    const TAgentAnswer Answer = Play({}, "GetEnv");
     return Answer.Env ? std::make_unique<std::map<std::string, std::string>>(*Answer.Env) : nullptr;
   }
   bool Run(const std::string& Program, const std::string& Parameters, const std::string& WorkingDir,
            const std::string& Launcher, const std::vector<std::string>* Environment, const std::string& OutputFile,
            const std::string& InputFile, std::int32_t& ProcessNumber) override {
-    std::string Env;
+    std::string Env = Environment ? "[" : "none";  // "[A=1;B=2]"
     for (const std::string& Variable : Environment ? *Environment : std::vector<std::string>())
-      Env += (Env.empty() ? "" : ";") + Variable;
-    const TAgentAnswer Answer = Play(AgentCall("Run", {Program, Parameters, WorkingDir, Launcher,
-                                                       Environment ? "[" + Env + "]" : "none", OutputFile, InputFile}));
+      Env += (Env.size() > 1 ? ";" : "") + Variable;
+    const TAgentAnswer Answer = Play({}, "Run", Program, Parameters, WorkingDir, Launcher,
+                                     Environment ? Env + "]" : Env, OutputFile, InputFile);
     ProcessNumber = Answer.Number;
     return Answer.Result;
   }
   bool Debug(const std::string& Program, bool Attach, std::int32_t& N1, std::int32_t& N2, std::int32_t& N3) override {
-    const TAgentAnswer Answer =
-        Play(AgentCall("Debug", {Program, B(Attach), std::to_string(N1), std::to_string(N2), std::to_string(N3)}));
+    const TAgentAnswer Answer = Play({}, "Debug", Program, Attach, N1, N2, N3);
     N1 = Answer.Number;
     N2 = Answer.Number2;
     return Answer.Result;
   }
 
  private:
-  static std::string B(bool Value) { return Value ? "1" : "0"; }
-  /// Logs Entry, takes the answer queued for its call, runs its During step, sets LastError.
-  TAgentAnswer Play(const std::string& Entry, IConnectionListener* Connection = nullptr, IFileListener* Files = nullptr,
-                    IFileIteration* Iteration = nullptr) {
-    Log.push_back(Entry);
-    std::deque<TAgentAnswer>& Queue = FQueued[Entry.substr(0, Entry.find('('))];
+  /// Logs the call, takes the answer queued for it, runs its During step, sets LastError.
+  template <typename... TArgs>
+  TAgentAnswer Play(TAgentCallContext Context, const std::string& Call, const TArgs&... Args) {
+    Log.push_back(AgentCall(Call, Args...));
+    std::deque<TAgentAnswer>& Queue = FQueued[Call];
     TAgentAnswer Answer;
     if (!Queue.empty()) Answer = std::move(Queue.front()), Queue.pop_front();
-    TAgentCallContext Context{Connection, Files, Iteration};
     if (Answer.During) Answer.During(Context);
     LastError = Answer.Error;
     return Answer;
   }
-  bool Transfer(const std::string& Entry, IFileListener* Listener, IFileIteration* Iteration = nullptr) {
-    FileListeners.push_back(Listener);
-    return Play(Entry, nullptr, Listener, Iteration).Result;
+  template <typename... TArgs>
+  bool Transfer(TAgentCallContext Context, const std::string& Call, const TArgs&... Args) {
+    FileListeners.push_back(Context.Files);
+    return Play(Context, Call, Args...).Result;
   }
-  bool Expand(const std::string& Entry, std::string& Expanded) {
-    const TAgentAnswer Answer = Play(Entry);
+  static bool Expand(const TAgentAnswer& Answer, std::string& Expanded) {
     if (Answer.Text) Expanded = *Answer.Text;
     return Answer.Result;
   }
@@ -167,12 +161,11 @@ using TScriptedAgentPtr = std::shared_ptr<TScriptedAgent>;
 class TScriptedAgentLibrary : public TRAClientFactory {
  public:
   TRAClientPtr CreateClient(const std::string& Name, const std::string& VirtualFile) override {
-    CreateClientCalls.push_back(AgentCall("CreateClient", {Name, VirtualFile}));
+    CreateClientCalls.push_back(AgentCall("CreateClient", Name, VirtualFile));
     TScriptedAgentPtr Client = Prepared.empty() ? std::make_shared<TScriptedAgent>() : Prepared.front();
     if (!Prepared.empty()) Prepared.pop_front();
     Client->Name = Name;
-    Clients.push_back(Client);
-    return Client;
+    return Clients.emplace_back(Client);
   }
   std::unique_ptr<TRAClientProfile> CreateProfile() override { return nullptr; }
   std::string Encrypt(const std::string& Password) override { return "enc:" + Password; }

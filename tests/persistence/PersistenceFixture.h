@@ -15,6 +15,11 @@
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
+inline Texts Then(Texts Head, const Texts& More) {
+  Head.insert(Head.end(), More.begin(), More.end());
+  return Head;
+}
+
 class TPersistenceFixture : public THostFixture {
  protected:
   void SetUp() override {
@@ -47,6 +52,14 @@ class TPersistenceFixture : public THostFixture {
   }
   static void WriteText(const fs::path& File, const std::string& Text) {
     std::ofstream(File, std::ios::binary) << Text;
+  }
+  /// A profile on one line: name|platform|host|port|password or file,is password,is enciphered|root|path count.
+  static std::string Describe(const IOTARemoteProfilePtr& P) {
+    if (!P) return "none";
+    const TOTARemoteProfileCredential C = P->GetCredential();
+    return P->GetName() + "|" + P->GetPlatformName() + "|" + P->GetHostName() + "|" +
+           std::to_string(P->GetPortNumber()) + "|" + C.PasswordOrFile + "," + std::to_string(C.IsPassword) + "," +
+           std::to_string(C.IsEncrypted) + "|" + P->GetSystemRoot() + "|" + std::to_string(P->GetPaths().size());
   }
   /// Names of a platform's list, in order.
   static Texts NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {

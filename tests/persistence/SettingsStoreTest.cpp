@@ -2,6 +2,7 @@
 // the exact order of store calls.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 
 #include "PersistenceFixture.h"
@@ -12,9 +13,14 @@ namespace {
 class SettingsStore : public TPersistenceFixture {
  protected:
   TRemoteProfileManagerPtr Load() { return TRemoteProfileManager::Create(Ini); }
-  TRemoteProfileManagerPtr Empty() { return TRemoteProfileManager::Create(nullptr); }
-  static std::string In(const std::string& Call, const std::string& Rest) {
-    return Call + "(RemoteProfiles\\Mac," + Rest + ")";
+  /// Calls on the sub-section of Name as the store logs them: "Write", "Mac", "String:HostName,h"
+  /// is "WriteString(RemoteProfiles\\Mac,HostName,h)".
+  static Texts Calls(const std::string& Op, const std::string& Name, const Texts& Entries) {
+    Texts Result;
+    for (const std::string& E : Entries)
+      Result.push_back(Op + E.substr(0, E.find(':')) + "(RemoteProfiles\\" + Name + "," + E.substr(E.find(':') + 1) +
+                       ")");
+    return Result;
   }
 };
 
@@ -22,19 +28,17 @@ TEST_F(SettingsStore, LoadReadsEachValueInTheFixedOrderWithItsDefault) {
   Store("Mac", "OSX32", {{"PathCount", "2"}, {"Path0", "/usr/include"}});
   Ini->Log.clear();
   const auto P = Load()->GetProfile("Mac");
-  EXPECT_EQ(Ini->Log,
-            (Texts{"ReadSections(RemoteProfiles)", In("ReadString", "Platform"), In("ReadString", "HostName"),
-                   In("ReadInteger", "PortNumber"), In("ReadString", "Password"), In("ReadString", "PassFile"),
-                   In("ReadString", "LocalRoot"), In("ReadInteger", "PathCount"), In("ReadString", "Path0"),
-                   In("ReadString", "Mask0"), In("ReadBool", "IncludeSubDir0"), In("ReadInteger", "Type0"),
-                   In("ReadString", "Path1"), In("ReadString", "Mask1"), In("ReadBool", "IncludeSubDir1"),
-                   In("ReadInteger", "Type1"), "ReadString(RemoteProfiles,Default_OSX32)"}));
-  ASSERT_TRUE(P);
-  EXPECT_EQ(P->GetHostName() + P->GetSystemRoot(), "");
-  EXPECT_EQ(P->GetPortNumber(), 64211);
-  EXPECT_EQ(P->GetCredential(), (TOTARemoteProfileCredential{"", true, true}));
-  EXPECT_EQ(P->GetPaths().ToVector(), (std::vector<TOTARemoteProfilePathItem>{
-                                          {"/usr/include", "", false, ptIncludePath}, {"", "", false, ptIncludePath}}));
+  EXPECT_EQ(
+      Ini->Log,
+      Then(Then({"ReadSections(RemoteProfiles)"},
+                Calls("Read", "Mac",
+                      {"String:Platform", "String:HostName", "Integer:PortNumber", "String:Password", "String:PassFile",
+                       "String:LocalRoot", "Integer:PathCount", "String:Path0", "String:Mask0", "Bool:IncludeSubDir0",
+                       "Integer:Type0", "String:Path1", "String:Mask1", "Bool:IncludeSubDir1", "Integer:Type1"})),
+           {"ReadString(RemoteProfiles,Default_OSX32)"}));
+  EXPECT_EQ(Describe(P), "Mac|OSX32||64211|,1,1||2");
+  EXPECT_EQ(P->GetPaths()[0], (TOTARemoteProfilePathItem{"/usr/include", "", false, ptIncludePath}));
+  EXPECT_EQ(P->GetPaths()[1], (TOTARemoteProfilePathItem{"", "", false, ptIncludePath}));
 }
 
 TEST_F(SettingsStore, StoredValuesAreTakenAsStoredWithinTheirLimits) {
@@ -44,9 +48,8 @@ TEST_F(SettingsStore, StoredValuesAreTakenAsStoredWithinTheirLimits) {
   Store("Negative", "OSX32", {{"PathCount", "-3"}});
   Store("Huge", "OSX32", {{"PathCount", "2147483647"}});  // capped, not allocated
   const auto M = Load();
-  EXPECT_EQ(M->GetProfile("File")->GetCredential(),
-            (TOTARemoteProfileCredential{"/home/ann/mac.passfile", false, true}));
-  EXPECT_EQ(M->GetProfile("Word")->GetCredential(), (TOTARemoteProfileCredential{"enc:7077", true, true}));
+  EXPECT_EQ(Describe(M->GetProfile("File")), "File|OSX32||64211|/home/ann/mac.passfile,0,1||0");
+  EXPECT_EQ(Describe(M->GetProfile("Word")), "Word|OSX32||64211|enc:7077,1,1||0");
   EXPECT_TRUE(Library->Encrypted.empty());
   EXPECT_EQ(M->GetProfile("Types")->GetPaths()[0].Type, ptFramework);
   EXPECT_EQ(static_cast<int>(M->GetProfile("Types")->GetPaths()[1].Type), 7);
@@ -70,14 +73,13 @@ TEST_F(SettingsStore, EntriesThatCannotBeProfilesAreSkippedSilentlyAndAHeldNameI
   for (const char* Name : {"a/b", "/etc/passwd", "x:y", "tab\there", ".."}) Store(Name, "OSX32");
   Store("Old", "Symbian");
   Ini->WriteString("RemoteProfiles\\None", "HostName", "h");
-  const auto M = Empty();
+  const auto M = TRemoteProfileManager::Create(nullptr);
   const auto Held = M->AddProfile("mac", "OSX32", "old", 1, {}, "", {}, false);
   Store("Mac", "OSX32", {{"HostName", "new"}});
   Ini->Log.clear();
   M->LoadOptions(*Ini);
   EXPECT_EQ(NamesOf(*M, "OSX32"), (Texts{"..", "Mac"}));
-  EXPECT_EQ(M->GetProfile("MAC")->GetHostName(), "new");
-  EXPECT_NE(M->GetProfile("MAC"), Held);
+  EXPECT_EQ(Describe(M->GetProfile("MAC")), "Mac|OSX32|new|64211|,1,1||0");
   for (const std::string& Entry : Ini->Log) EXPECT_EQ(Entry.find("a/b"), std::string::npos) << Entry;
   EXPECT_EQ(Library->ProfilesCreated, 4);  // only "..", "Old", "None" and "Mac" looked for a profile file
   EXPECT_TRUE(Messages->Shown.empty());
@@ -86,22 +88,21 @@ TEST_F(SettingsStore, EntriesThatCannotBeProfilesAreSkippedSilentlyAndAHeldNameI
 }
 
 TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfterTheFirst) {
-  const auto M = Empty();
+  const auto M = TRemoteProfileManager::Create(nullptr);
+  M->AddProfile("Droid", "Android", "d", 3, {"/d", false, true}, "", {}, false);
   M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
   M->AddProfile("Mac2", "OSX32", "h", 2, {"enc:00", true, true}, "", {}, false);
-  M->AddProfile("Droid", "Android", "d", 3, {"/d", false, true}, "", {}, false);
   M->SaveOptions(*Ini);
   Texts Expected{"EraseSection(RemoteProfiles)"};
-  for (const auto& [Name, Platform, Host, Port, Credential, Default] :
-       std::vector<std::tuple<std::string, std::string, std::string, std::string, std::string, bool>>{
-           {"Droid", "Android", "d", "3", "PassFile,/d", true},
-           {"Mac", "OSX32", "h", "1", "Password,enc:00", true},
-           {"Mac2", "OSX32", "h", "2", "Password,enc:00", false}}) {
-    const std::string S = "WriteString(RemoteProfiles\\" + Name + ",", I = "WriteInteger(RemoteProfiles\\" + Name + ",";
-    Expected.insert(Expected.end(),
-                    {S + "Platform," + Platform + ")", S + "HostName," + Host + ")", I + "PortNumber," + Port + ")",
-                     S + Credential + ")", S + "LocalRoot,)", I + "PathCount,0)"});
-    if (Default) Expected.push_back("WriteString(RemoteProfiles,Default_" + Platform + "," + Name + ")");
+  for (const auto& [Name, Platform, Host, Port, Credential] :
+       std::vector<std::array<std::string, 5>>{{"Droid", "Android", "d", "3", "PassFile,/d"},
+                                               {"Mac", "OSX32", "h", "1", "Password,enc:00"},
+                                               {"Mac2", "OSX32", "h", "2", "Password,enc:00"}}) {
+    Expected =
+        Then(Expected, Calls("Write", Name,
+                             {"String:Platform," + Platform, "String:HostName," + Host, "Integer:PortNumber," + Port,
+                              "String:" + Credential, "String:LocalRoot,", "Integer:PathCount,0"}));
+    if (Name != "Mac2") Expected.push_back("WriteString(RemoteProfiles,Default_" + Platform + "," + Name + ")");
   }
   EXPECT_EQ(Ini->Log, Expected);
   for (const char* File : {"Droid.profile", "Mac.profile", "Mac2.profile"}) EXPECT_TRUE(fs::exists(AppData() / File));
@@ -120,11 +121,10 @@ TEST_F(SettingsStore, SaveProfileEnciphersATypedPasswordOnceForTheStoreAndThePro
   Ini->Log.clear();
   M->SaveProfile(P, "");  // the manager's own store
   EXPECT_EQ(Texts(Ini->Log.begin(), Ini->Log.begin() + 10),
-            (Texts{In("WriteString", "Platform,OSX32"), In("WriteString", "HostName,mac.local"),
-                   In("WriteInteger", "PortNumber,64211"), In("WriteString", "Password,enc:7077"),
-                   In("WriteString", "LocalRoot,/cache"), In("WriteInteger", "PathCount,5"),
-                   In("WriteString", "Path0,/usr/include"), In("WriteString", "Mask0,*"),
-                   In("WriteBool", "IncludeSubDir0,1"), In("WriteInteger", "Type0,0")}));
+            Calls("Write", "Mac",
+                  {"String:Platform,OSX32", "String:HostName,mac.local", "Integer:PortNumber,64211",
+                   "String:Password,enc:7077", "String:LocalRoot,/cache", "Integer:PathCount,5",
+                   "String:Path0,/usr/include", "String:Mask0,*", "Bool:IncludeSubDir0,1", "Integer:Type0,0"}));
   EXPECT_EQ(Ini->Log.size(), 6u + 5 * 4);
   EXPECT_EQ(Library->Encrypted, Texts{"pw"});
   THestrelClientProfile File;  // the same stored form, and each item in the list of its type
@@ -137,17 +137,16 @@ TEST_F(SettingsStore, SaveProfileEnciphersATypedPasswordOnceForTheStoreAndThePro
 }
 
 TEST_F(SettingsStore, APasswordThatCannotBeEncipheredRaisesBeforeAnythingIsWritten) {
-  const fs::path NotADirectory = TempDir / "plain-file";
-  WriteText(NotADirectory, "x");
+  WriteText(TempDir / "plain-file", "x");
   const std::vector<std::function<void()>> Libraries{
       [&] { Library->EncryptFails = true; }, [&] { Host.AgentLibrary = nullptr; },
       // The real library: its key directory cannot be made, so its Encrypt answers "".
-      [&] { Host.AgentLibrary = std::make_shared<hestrel::THestrelClientFactory>((NotADirectory / "keys").string()); }};
+      [&] {
+        Host.AgentLibrary = std::make_shared<hestrel::THestrelClientFactory>((TempDir / "plain-file/keys").string());
+      }};
   for (const auto& Install : Libraries) {
     Install();
     Reinstall();
-    Ini = std::make_shared<TMemIniFile>();
-    Store("Box", "Linux64", {{"Password", "enc:00"}});
     const auto M = Load();
     const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"pw", true, false}, "", {}, false);
     Ini->Log.clear();
@@ -164,35 +163,17 @@ TEST_F(SettingsStore, APasswordThatCannotBeEncipheredRaisesBeforeAnythingIsWritt
     EXPECT_EQ(Ini->Log, Texts{});  // not even the EraseSection
     EXPECT_FALSE(fs::exists(AppData() / "Mac.profile") || fs::exists(TempDir / "x.profile"));
   }
-  Host.AgentLibrary = Library;
+  Host.AgentLibrary = Library;  // Encrypt failing, an empty typed password is stored empty without an error
   Reinstall();
-  const auto M = Empty();  // an empty typed password has nothing to encipher: it is stored empty, no error
+  const auto M = TRemoteProfileManager::Create(nullptr);
   M->SaveProfile(M->AddProfile("Mac", "OSX32", "h", 1, {"", true, false}, "", {}, false), Ini.get(), "");
   EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Mac", "Password", "?"), "");
-}
-
-TEST_F(SettingsStore, SaveProfileAloneLeavesEarlierValuesAndAStalePassFileKeepsPrecedence) {
-  const auto M = Empty();
-  const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"/old.passfile", false, true}, "",
-                               {{"/a", "*", false, ptIncludePath}, {"/b", "*", false, ptIncludePath}}, false);
-  M->SaveProfile(P, Ini.get(), "");
-  P->SetCredential({"enc:6e6577", true, true});
-  P->SetPaths({{"/c", "*", false, ptIncludePath}});
-  M->SaveProfile(P, Ini.get(), "");
-  EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Mac", "Path1", ""), "/b");
-  fs::remove(AppData() / "Mac.profile");
-  EXPECT_EQ(Load()->GetProfile("Mac")->GetCredential(), (TOTARemoteProfileCredential{"/old.passfile", false, true}));
 }
 
 TEST_F(SettingsStore, AProfileFileOverridesItsSubSectionButGivesNoPathItems) {
   Store("Mac", "OSX32", {{"HostName", "store-host"}, {"PathCount", "1"}});
   WriteProfileFile("Mac.profile", "Mac", "OSX32", "file-host", {"/p.passfile", false, false});
-  const auto P = Load()->GetProfile("Mac");
-  EXPECT_EQ(P->GetHostName(), "file-host");
-  EXPECT_EQ(P->GetPortNumber(), 4000);
-  EXPECT_EQ(P->GetCredential(), (TOTARemoteProfileCredential{"/p.passfile", false, false}));
-  EXPECT_EQ(P->GetSystemRoot(), "/cache/Mac");
-  EXPECT_TRUE(P->GetPaths().empty());
+  EXPECT_EQ(Describe(Load()->GetProfile("Mac")), "Mac|OSX32|file-host|4000|/p.passfile,0,0|/cache/Mac|0");
 }
 
 TEST_F(SettingsStore, AProfileFileHoldingAnotherNameIsTakenUnderItOrLeftForTheSubSectionOfThatName) {

@@ -43,10 +43,21 @@ TEST_F(RemoteQueries, QueriesBetweenBeginAndEndOperationShareOneConnectionAndGiv
   EXPECT_TRUE(Display->Notices.empty());
 }
 
-TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValue) {
-  for (int I = 0; I < 8; ++I) Agent->Script("Connect", Fails(I == 6 ? "" : "No route to host"));
+TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValueAfterAskingTheCallback) {
+  auto Callback = std::make_shared<TConnectionCallbackDouble>();
+  TAgentAnswer Asks = During(
+      [](TAgentCallContext& Call) {
+        Call.Connection->Retry();
+        Call.Connection->Abort();
+      },
+      false);
+  Asks.Error = "No route to host";
+  Agent->Script("Connect", Asks);
+  for (int I = 1; I < 8; ++I) Agent->Script("Connect", Fails(I == 6 ? "" : "No route to host"));
   Manager->BeginOperation(Profile);
-  EXPECT_EQ(Manager->ExpandPath(Profile, "~/sdk", nullptr), "~/sdk");
+  EXPECT_EQ(Manager->ExpandPath(Profile, "~/sdk", Callback), "~/sdk");
+  EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
+  EXPECT_EQ(Manager->GetCallbackParams().Callback, nullptr);  // stored for the query only
   EXPECT_EQ(Manager->ExpandAllPaths(Profile, "~/a:~/b", nullptr), "~/a:~/b");
   EXPECT_FALSE(Manager->RemoteDirectoryExists(Profile, "/usr", nullptr));
   EXPECT_EQ(Manager->BrowseRemoteFileSystem(Profile, "/", 0, false, nullptr), nullptr);
@@ -57,16 +68,4 @@ TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValue) {
   Manager->EndOperation(Profile);
   EXPECT_EQ(std::count(Agent->Log.begin(), Agent->Log.end(), "Connect(listener)"), 8);
   EXPECT_EQ(Agent->Actions().size(), 4u + 8 + 1);  // the set-up, the attempts, the disconnection
-}
-
-TEST_F(RemoteQueries, AQueryStoresTheCallbackForItsConnectionAndResetsItAfterwards) {
-  auto Callback = std::make_shared<TConnectionCallbackDouble>();
-  Agent->Script("Connect", During([](TAgentCallContext& Call) {
-                  Call.Connection->Retry();
-                  Call.Connection->Abort();
-                }));
-  Manager->RemoteDirectoryExists(Profile, "/", Callback);
-  EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
-  EXPECT_EQ(Manager->GetCallbackParams().Callback, nullptr);
-  EXPECT_EQ(Remote().ClientUseCount(), 0);
 }
