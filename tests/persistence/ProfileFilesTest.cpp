@@ -26,15 +26,26 @@ class ProfileFiles : public TPersistenceFixture {
   TOTARemoteProfilePathArray Paths{{"/stale", "*", false, ptIncludePath}};
 };
 
-TEST_F(ProfileFiles, OnlyANameThatIsAFileNameHasAFileInTheApplicationDataDirectory) {
-  EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Mac mini"), AppData().string() + "/Mac mini.profile");
-  for (const std::string Dots : {"..", ".", " .. "})
-    EXPECT_EQ(fs::path(TRemoteProfileManager::GetProfileFileName(Dots)).lexically_normal().parent_path(), AppData());
-  for (const std::string Bad : {"", "a/b", "a\\b", "/etc/passwd", "../x", "C:\\x", "a?b", "a\nb"})
-    EXPECT_EQ(TRemoteProfileManager::GetProfileFileName(Bad), "") << Bad;
+TEST_F(ProfileFiles, OnlyANameTheManagerTakesForAFileNameHasAFileInTheApplicationDataDirectory) {
+  Texts Names{"",    "Mac", " Mac ", "..",  ".",   " .. ", "a/b",  "a\\b",     "/etc/passwd", "../x",    "C:\\x",
+              "a*b", "a?b", "a\"b",  "a<b", "a>b", "a|b",  "\x7f", "Zoë 東京", "a;b=c#[d]",   "Mac mini"};
+  for (int C = 1; C < 0x20; ++C) Names.push_back("a" + std::string(1, static_cast<char>(C)));
+  for (std::size_t Bytes : {240u, 247u, 248u, 300u}) Names.push_back(std::string(Bytes, 'n'));
+  std::string Accented;  // 124 two-byte characters: 248 bytes
+  for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
+  Names.insert(Names.end(), {Accented, Accented.substr(0, 246)});
+  for (const std::string& Name : Names) {
+    std::string Message;
+    const fs::path File = TRemoteProfileManager::GetProfileFileName(Name);
+    EXPECT_EQ(File.empty(), M->InternalValidateProfileName(Name, Message) == pnveBadFileName) << Name;
+    EXPECT_TRUE(File.empty() || File == AppData() / (Name + ".profile")) << Name;
+    EXPECT_TRUE(File.empty() || File.lexically_normal().parent_path() == AppData()) << Name;  // "..": still inside
+  }
   Environment->AppDataDir += "/";
   EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Mac"), AppData().string() + "Mac.profile");
-  Host.Environment = nullptr;
+  Environment->AppDataDir = "";  // the host answers no directory
+  EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Mac"), "");
+  Host.Environment = nullptr;  // no host environment at all
   Reinstall();
   EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Mac"), "");
 }

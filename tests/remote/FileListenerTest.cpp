@@ -27,9 +27,10 @@ class FileListener : public RemoteFixture {
 
 TEST_F(FileListener, TheOverwriteQuestionShowsSizesAndTimesUnlessSize2IsUnknown) {
   Begin(focAsk);
-  Messages->Answers = {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo};
+  Messages->Answers = {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNoToAll};
   EXPECT_TRUE(Overwrite(-1, 20));
   EXPECT_FALSE(Overwrite(77, -1));
+  EXPECT_EQ(Manager->GetCallbackParams().OverwriteControl, focNeverReplace);  // for the rest of the operation
   ASSERT_EQ(Messages->Shown.size(), 2u);
   EXPECT_EQ(Messages->Shown[0].Text,
             "File 'a.h' already exists.\r\nReplace -1 byte(s) file modified on 2026-11-22 21:31:04\r\nwith 20 byte(s) "
