@@ -44,7 +44,7 @@ TEST_F(FileTransfer, EveryItemIsTriedAFailedOneIsReportedAndYesToAllLastsForTheO
   EXPECT_EQ(Answers, (std::vector<int>{1, 1, 0}));  // the next operation asks again
 }
 
-TEST_F(FileTransfer, ACancelInsideAFileStopsTheRunWithoutFinishedNoticeARefusedItemNoticeWithIt) {
+TEST_F(FileTransfer, ACancelStopsAfterTheCurrentFileWithoutFinishedNoticeARefusedItemNoticeWithOne) {
   const auto Bytes = [this](TAgentCallContext& Call) {
     Answers.push_back(Call.Files->BytesCopied("bin/", "/src/a.o", "bin/a.o", 8192, 16384, nullptr));
   };

@@ -54,6 +54,7 @@ TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValueAfterAsk
   Asks.Error = "No route to host";
   Agent->Script("Connect", Asks);
   Agent->Script("Connect", Fails());
+  Agent->Script("Connect", Fails("No route to host"));
   Manager->BeginOperation(Profile);
   EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, Callback), Texts{"_=No route to host"});
   EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
