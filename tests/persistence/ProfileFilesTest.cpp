@@ -146,27 +146,6 @@ TEST_F(ProfileFiles, NamesUpTo247BytesAndDotsAreSavedInsideTheDirectoryAndLoaded
   EXPECT_TRUE(Messages->Shown.empty());
 }
 
-TEST_F(ProfileFiles, ExportWritesOnlyTheFileAndImportGivesEveryFieldBack) {
-  const auto Source = TRemoteProfileManager::Create(Ini);
-  const std::string Awkward = " =;#[x]\\\"\nZoë 東京 ";  // the name keeps to what a file name may hold
-  const auto P =
-      Source->AddProfile("  Mac =;#[x] Zoë ", "OSX32", "host" + Awkward, 65000, {"/pass" + Awkward, false, true},
-                         "/cache" + Awkward, {{"/usr/include", "*", false, ptIncludePath}}, false);
-  const auto Typed = Source->AddProfile("Typed", "OSX32", "h", 1, {"secret", true, false}, "", {}, false);
-  Ini->Log.clear();
-  Source->SaveProfile(P, (TempDir / "x.profile").string());
-  Source->SaveProfile(Typed, (TempDir / "pw.profile").string());
-  EXPECT_EQ(Ini->Log, Texts{});
-  EXPECT_FALSE(fs::exists(AppData() / "Typed.profile"));
-  // Every field comes back but the path items, which are never read back from a file.
-  const std::string Exported = Describe(P);
-  EXPECT_EQ(Describe(M->LoadProfile((TempDir / "x.profile").string())), Exported.substr(0, Exported.size() - 1) + "0");
-  std::ifstream In(TempDir / "pw.profile", std::ios::binary);
-  const std::string Text(std::istreambuf_iterator<char>(In), {});
-  EXPECT_EQ(Text.find("secret"), std::string::npos);
-  EXPECT_NE(Text.find("Credential = Password \"" + FakeEnciphered("secret") + "\" Encrypted"), std::string::npos);
-}
-
 TEST_F(ProfileFiles, AFailedWriteRaisesTheAgentsReasonAndKeepsTheOldFile) {
   const auto P = M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
   M->SaveProfile(P, "");

@@ -31,7 +31,11 @@ TEST_F(FileListener, TheOverwriteQuestionShowsSizesAndTimesUnlessSize2IsUnknown)
   EXPECT_TRUE(Overwrite(-1, 20));
   EXPECT_FALSE(Overwrite(77, -1));
   EXPECT_EQ(Manager->GetCallbackParams().OverwriteControl, focNeverReplace);  // for the rest of the operation
-  ASSERT_EQ(Messages->Shown.size(), 2u);
+  Begin(focAsk);
+  Messages->Answers = {TMsgDlgBtn::mbCancel};
+  EXPECT_FALSE(Overwrite());
+  EXPECT_EQ(Manager->GetCallbackParams().OperationState, 2);  // the operation is cancelled
+  ASSERT_EQ(Messages->Shown.size(), 3u);
   EXPECT_EQ(Messages->Shown[0].Text,
             "File 'a.h' already exists.\r\nReplace -1 byte(s) file modified on 2026-11-22 21:31:04\r\nwith 20 byte(s) "
             "file modified on 2026-11-22 22:31:04?");
@@ -67,4 +71,6 @@ TEST_F(FileListener, ByteProgressIsTheRoundedPercentFrom4096BytesOn) {
     EXPECT_EQ(Progress.Notices.back(), "1|-1|-1|Copied " + std::to_string(Done) + " of " + std::to_string(Total) +
                                            " bytes|src|dst|" + std::to_string(Percent));
   }
+  Progress.Answer = [](const std::string&, std::size_t) { return false; };
+  EXPECT_EQ(Manager->BytesCopied("r", "src", "dst", 1, 2, nullptr), 2);  // a refused notice cancels
 }

@@ -44,29 +44,6 @@ TEST_F(FileTransfer, EveryItemIsTriedAFailedOneIsReportedAndYesToAllLastsForTheO
   EXPECT_EQ(Answers, (std::vector<int>{1, 1, 0}));  // the next operation asks again
 }
 
-TEST_F(FileTransfer, ACancelStopsAfterTheCurrentFileWithoutFinishedNoticeARefusedItemNoticeWithOne) {
-  const auto Bytes = [this](TAgentCallContext& Call) {
-    Answers.push_back(Call.Files->BytesCopied("bin/", "/src/a.o", "bin/a.o", 8192, 16384, nullptr));
-  };
-  Progress.Answer = [](const std::string& Text, std::size_t) {
-    return Text.find("Copied 8192") == std::string::npos && Text != Notice(ptProgress, 2, 3, kUpdating);
-  };
-  Agent->Script("PutFile", AsksOverwrite());
-  NextAgent()->Script("PutFile", During(Bytes));
-  Messages->Answers = {TMsgDlgBtn::mbCancel};
-  const Texts Begun = Then(Started(3, sUpdatingRemoteFiles), {Notice(ptProgress, 1, 3, kUpdating)});
-  for (const Texts& Expected : {Begun, Then(Begun, {"1|-1|-1|Copied 8192 of 16384 bytes|/src/a.o|bin/a.o|50"}),
-                                Then(Begun, {Notice(ptProgress, 1, 3, "Copying '/src/a.o' to remote machine"),
-                                             Notice(ptProgress, 2, 3, kUpdating), kFinished})}) {
-    Progress.Notices.clear();
-    EXPECT_TRUE(Manager->PutFiles(Profile, kThree, focAsk, nullptr, Progress.Proc()));
-    EXPECT_EQ(Progress.Notices, Expected);
-    EXPECT_EQ(Library->Clients.back()->Actions().size(), 4u + 3);  // one file only
-    EXPECT_EQ(Manager->GetCallbackParams().OperationState, 1);     // reset with the frame
-  }
-  EXPECT_EQ(Answers, (std::vector<int>{0, 2}));
-}
-
 TEST_F(FileTransfer, TheWithProgressFormsReplaceAlwaysAndDrawTheProgressWindow) {
   Agent->Script("PutFile", AsksOverwrite());
   EXPECT_TRUE(Manager->PutFilesWithProgress(Profile, {kThree[0]}));

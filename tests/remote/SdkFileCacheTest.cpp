@@ -29,9 +29,11 @@ class SdkFileCache : public RemoteFixture {
 
 }  // namespace
 
-TEST_F(SdkFileCache, ThePatchGoesOnceBeforeThePathItemsToEveryPlatformButWindows) {
-  EXPECT_TRUE(Update());
+TEST_F(SdkFileCache, ThePatchGoesOnceBeforeThePathItemsToEveryPlatformButWindowsAndAFailingPathEndsNothing) {
+  Agent->Script("GetFiles", Fails("Remote path '/usr/include' not found"));
+  EXPECT_FALSE(Update());
   EXPECT_EQ(Agent->Actions(), Pulled);
+  EXPECT_EQ(Progress.Notices[3], Notice(ptError, -1, -1, "Remote path '/usr/include' not found"));
   // The patch goes without a file listener, the items with the manager as listener.
   EXPECT_EQ(Agent->FileListeners, (std::vector<IFileListener*>{nullptr, Manager.get(), Manager.get(), Manager.get()}));
   for (const char* Platform : {"Win32", "Win64"}) {
@@ -40,21 +42,6 @@ TEST_F(SdkFileCache, ThePatchGoesOnceBeforeThePathItemsToEveryPlatformButWindows
                                          focAlwaysReplace, nullptr, nullptr));
     EXPECT_EQ(Client->FileListeners, std::vector<IFileListener*>(3, Manager.get())) << Platform;
   }
-}
-
-TEST_F(SdkFileCache, AFailingPathIsReportedAndTheNextPathIsStillFetched) {
-  Agent->Script("GetFiles", Fails("Remote path '/usr/include' not found"));
-  EXPECT_FALSE(Update());
-  EXPECT_EQ(
-      Progress.Notices,
-      Then(Started(3, "Updating Local File Cache"),
-           {Notice(ptProgress, 1, 3, kUpdating), Notice(ptError, -1, -1, "Remote path '/usr/include' not found"),
-            Notice(ptProgress, 2, 3, kUpdating), Notice(ptProgress, 2, 3, "Updated files from remote path '/usr/x'"),
-            Notice(ptProgress, 3, 3, kUpdating), Notice(ptProgress, 3, 3, "Updated files from remote path '/F'"),
-            kFinished}));
-  NextAgent()->Script("Connect", Fails("Host key verification failed"));
-  EXPECT_FALSE(Update());
-  EXPECT_EQ(Progress.Notices.end()[-2], Notice(ptError, -1, -1, "Host key verification failed"));
 }
 
 TEST_F(SdkFileCache, ACancelRefusesTheAgentsFurtherQuestionsAndEndsWithoutFinishedNotice) {
