@@ -1,6 +1,6 @@
-// Part 2.3: Default SDK path sets — GetDefaultPaths, SetDefaultPaths, the built-in lists
-// of "OSX32", "iOSDevice" and "iOSSimulator" (133 entries, order exact) and the
-// default-path file name. GetPlatformDisplayName and ReplacePathPart: core/PathFunctions.cpp.
+// Default SDK path sets: GetDefaultPaths, SetDefaultPaths, the built-in lists of "OSX32",
+// "iOSDevice" and "iOSSimulator" (133 entries, order exact) and the default-path file name.
+// GetPlatformDisplayName and ReplacePathPart live in core/PathFunctions.cpp.
 #include "persistence/DefaultSdkPaths.h"
 
 #include <initializer_list>
@@ -97,7 +97,8 @@ std::vector<TOTARemoteProfilePathItem> IOSDeviceDefaults() {
             "libunwind.dylib",
             "libxpc.dylib"});
   AddMasks(L, ptLibraryPath, "/usr/lib", {"libc++abi.dylib", "libobjc.dylib"});
-  // Entry 52 stands here, after the two "/usr/lib" entries, as the Part keeps it.
+  // Entry 52 stands here, after the two "/usr/lib" entries and apart from the other
+  // "/usr/lib/system" ones: the list's order is kept exactly.
   AddMasks(L, ptLibraryPath, "/usr/lib/system", {"libsystem_m.dylib"});
   AddMasks(L, ptFramework, "/System/Library/Frameworks",
            {"UIKit", "CoreFoundation", "Foundation", "QuartzCore", "GLKit", "CoreText", "CoreGraphics"});
@@ -130,7 +131,8 @@ TOTARemoteProfilePathArray GetDefaultPaths(const std::string& PlatformName) {
   std::int32_t Port = 0;
   TOTARemoteProfileCredential Credential;
   TOTARemoteProfilePathArray Paths;
-  // A readable file answers its path list, which is always empty (Part 2.3 step 1, kept so).
+  // A readable file answers its path list, which is always empty: a profile file never gives
+  // path items back, and a saved default-path file means "no defaults" from then on.
   if (!FileName.empty() && RemoteProfileMgr()->LoadProfileFile(FileName, ProfileName, Platform, HostName, Port,
                                                                Credential, LocalRoot, Paths, true))
     return Paths;

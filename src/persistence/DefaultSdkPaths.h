@@ -1,15 +1,15 @@
-// Part 2.3: Default SDK path sets (free functions of the manager's unit). Platform display
-// names and ReplacePathPart are declared in core/PathFunctions.h, included here.
+// Default SDK path sets (free functions of the manager's unit). Platform display names and
+// ReplacePathPart are declared in core/PathFunctions.h, included here.
 #pragma once
 
 #include <string>
 
-#include "core/PathFunctions.h"  // GetPlatformDisplayName, ReplacePathPart (Part 2.3, defined in core)
+#include "core/PathFunctions.h"  // GetPlatformDisplayName, ReplacePathPart (defined in core)
 #include "host/RemoteProfileTypes.h"
 
 /// The platform's default path items: the default-path file when it can be read (then
-/// always empty, Part 2.3 step 1), else the built-in list of "OSX32", "iOSDevice" or
-/// "iOSSimulator", else nothing.
+/// always empty, since a profile file gives no path items back), else the built-in list of
+/// "OSX32", "iOSDevice" or "iOSSimulator", else nothing.
 TOTARemoteProfilePathArray GetDefaultPaths(const std::string& PlatformName);
 /// Saves Paths as the platform's default-path file and says so in a message box.
 void SetDefaultPaths(const std::string& PlatformName, const TOTARemoteProfilePathArray& Paths);

@@ -1,5 +1,5 @@
-// Parts 2.1 to 2.3: file-name check, application-data directory, path-item sorting
-// (see ProfileFiles.h).
+// The file-name check, the application-data directory and the sorting of path items that
+// the settings store, the profile files and the default-path files share (see ProfileFiles.h).
 #include <algorithm>
 
 #include "core/RemoteProfileManager.h"

@@ -1,6 +1,6 @@
-// Part 2.2: Profile files — GetProfileFileName, SaveProfileFile, LoadProfileFile,
-// LoadProfile (import) and MergeRemoteProfile. The file format belongs to the agent
-// library's profile object (docs/profile-file-format.md for the Hestrel library).
+// Profile files: GetProfileFileName, SaveProfileFile, LoadProfileFile, LoadProfile (import)
+// and MergeRemoteProfile. The file format belongs to the agent library's profile object
+// (docs/profile-file-format.md for the Hestrel library).
 #include "persistence/ProfileFiles.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
-// Parts 2.1 to 2.3: helpers shared by the store, the profile files and the default-path
-// files — the one check that lets a name become a file name, the sorting of path items
-// into the profile file's four lists, and the error a failed profile-file write raises.
+// Helpers shared by the settings store, the profile files and the default-path files: the
+// one check that lets a name become a file name, the sorting of path items into the profile
+// file's four lists, and the error a failed profile-file write raises.
 #pragma once
 
 #include <stdexcept>
@@ -9,8 +9,8 @@
 #include "host/AgentClient.h"
 #include "host/RemoteProfileTypes.h"
 
-/// A profile file could not be written (Part 2.2: "failures of the agent library pass to
-/// the caller"); the text is the agent library's reason.
+/// A profile file could not be written; failures of the agent library pass to the caller,
+/// and the text is the agent library's reason.
 class EProfileFileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -18,16 +18,17 @@ class EProfileFileError : public std::runtime_error {
 
 /// True when Name may become a file name in the application-data directory: not empty,
 /// at most MaxProfileNameBytes (247) bytes, no control character and none of
-/// " * / : < > ? \ |  — the manager's file-name rule (Part 1.2 test 2), so a name never holds
-/// a path separator, cannot leave the directory, and "<name>.profile" fits in 255 bytes.
+/// " * / : < > ? \ |  — the file-name rule of the manager's name validation, so a name
+/// never holds a path separator, cannot leave the directory, and "<name>.profile" fits in
+/// 255 bytes.
 bool IsValidProfileFileName(const std::string& Name);
 
 /// The host's application-data directory with a trailing "/"; "" without a host
 /// environment or when the host answers "".
 std::string AppDataDirectory();
 
-/// Path items sorted by type into the profile file's four lists (Part 2.1 step 3,
-/// Part 2.3 step 2): type 0 include, 1 library, 3 other, 2 framework; other types dropped.
+/// Path items sorted by type into the profile file's four lists, for profiles and default
+/// path sets alike: type 0 include, 1 library, 3 other, 2 framework; other types dropped.
 struct TPathItemLists {
   TRAPathItems IncludePaths;    ///< type 0, kind 1
   TRAPathItems LibraryPaths;    ///< type 1, kind 2

@@ -1,6 +1,6 @@
-// Part 2.1: Settings-store layout — LoadOptions, SaveOptions and the two SaveProfile.
-// The order of store calls is the spec's, value by value: a store written by one build
-// is read by another, and tests assert the logged sequence.
+// The settings-store layout: LoadOptions, SaveOptions and the two SaveProfile. The order of
+// store calls is fixed, value by value: a store written by one build is read by another, and
+// tests assert the logged sequence.
 #include <vector>
 
 #include "core/RemoteProfileManager.h"
@@ -23,7 +23,7 @@ struct TLoadedProfile {
   TOTARemoteProfilePathArray Paths;
 };
 
-/// Step 2.3: the sub-section "RemoteProfiles\" + name, value by value in the spec's order.
+/// The sub-section "RemoteProfiles\" + name, value by value in the store's fixed order.
 void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
   const std::string Section = L::ProfileSection(P.Name);
   P.Platform = Settings.ReadString(Section, L::Platform, "");
@@ -79,7 +79,7 @@ void TRemoteProfileManager::SaveOptions(TCustomIniFile& Settings) {
   for (const auto& [Platform, List] : Profiles) {
     for (std::size_t I = 0; I < List.size(); ++I) {
       SaveProfile(List[I], &Settings, "");
-      // The first profile of each list is the platform's default (Part 1.2).
+      // The first profile of each list is the platform's default.
       if (I == 0) Settings.WriteString(L::RemoteProfiles, Format(L::DefaultFmt, {Platform}), List[0]->GetName());
     }
   }
@@ -113,7 +113,7 @@ void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCu
     Ini->WriteString(Section, L::LocalRoot, Profile->GetSystemRoot());
     Ini->WriteInteger(Section, L::PathCount, static_cast<std::int32_t>(Paths.size()));
   }
-  // Step 3: each item sorted into the profile file's lists (no store call) and written.
+  // Each item sorted into the profile file's lists (no store call) and written.
   TPathItemLists Lists;
   for (std::size_t I = 0; I < Paths.size(); ++I) Lists.Add(Paths[I]);
   if (Ini) WriteStoredPathItems(*Ini, Section, Paths);

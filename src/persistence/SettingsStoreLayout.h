@@ -1,4 +1,4 @@
-// Part 2.1: the settings-store layout — every section and value name, defined once. A
+// The settings-store layout: every section and value name, defined once. A
 // store written by one build must be read by another, so these texts never change.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Part 2.1: path items in the settings store (see StoredPathItems.h).
+// Path items in the settings store (see StoredPathItems.h).
 #include "persistence/StoredPathItems.h"
 
 #include <algorithm>

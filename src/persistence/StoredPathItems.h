@@ -1,7 +1,7 @@
-// Part 2.1: a profile's path items in the settings store — "Path%d", "Mask%d",
-// "IncludeSubDir%d" and "Type%d" for items 0 to count minus 1 — read and written in the
-// spec's order of store calls. Used by the profile sub-sections (SettingsStore.cpp) and by
-// the reference host's SDK entries, which keep the same layout (hosts/linux/ProfileSdkStore).
+// A profile's path items in the settings store — "Path%d", "Mask%d", "IncludeSubDir%d" and
+// "Type%d" for items 0 to count minus 1 — read and written in the store's fixed order of
+// calls. Used by the profile sub-sections (SettingsStore.cpp) and by the reference host's SDK
+// entries, which keep the same layout (hosts/linux/ProfileSdkStore).
 #pragma once
 
 #include <cstdint>

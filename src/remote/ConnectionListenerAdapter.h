@@ -1,5 +1,5 @@
-// Part 3.1: Agent connection — TConnectionListenerAdapter, the caller's connection
-// callback seen as the agent library's IConnectionListener (used by TestConnection).
+// TConnectionListenerAdapter: the caller's connection callback seen as the agent library's
+// IConnectionListener (used by TestConnection).
 #pragma once
 
 #include <memory>

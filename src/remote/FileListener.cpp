@@ -1,5 +1,5 @@
-// Part 3.2: the manager as the agent's IFileListener — overwrite questions, byte progress
-// and the turning of a cancelled progress display into a cancelled operation.
+// The manager as the agent's IFileListener: overwrite questions, byte progress and the
+// turning of a cancelled progress display into a cancelled operation.
 #include <algorithm>
 #include <cmath>
 #include <ctime>
@@ -22,14 +22,15 @@ std::string DateTimeText(TDateTime Time) {
   return std::string(Buffer, Length);
 }
 
-/// Part 3.2 Overwrite step 3: only Size2 is tested for -1.
+/// The overwrite question; only Size2 decides whether the sizes are unknown (-1): a known
+/// Size1 with an unknown Size2 still gets the short form.
 std::string OverwriteQuestion(const std::string& FileName, TDateTime Time1, std::int64_t Size1, TDateTime Time2,
                               std::int64_t Size2) {
   if (Size2 == -1) return Format(sOverwriteQuestionShort, {FileName, DateTimeText(Time1), DateTimeText(Time2)});
   return Format(sOverwriteQuestionLong, {FileName, Size1, DateTimeText(Time1), Size2, DateTimeText(Time2)});
 }
 
-/// Part 3.2 BytesCopied step 2. The 4096-byte rule is deliberate: anything below 4096
+/// The byte progress position in percent. The 4096-byte rule is deliberate: anything below 4096
 /// bytes done (or negative) shows 100 percent. Rounding is to nearest, ties to even, as
 /// the host's Round. A total of 0 or less cannot be divided by: 100 (docs/DECISIONS.md).
 std::int32_t CopiedPercent(std::int64_t Done, std::int64_t Total) {
@@ -55,7 +56,7 @@ bool TRemoteProfileManager::Overwrite(const std::string& FileName, TDateTime Tim
       Messages->MessageDlg(OverwriteQuestion(FileName, Time1, Size1, Time2, Size2), TMsgDlgType::mtConfirmation,
                            {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo, TMsgDlgBtn::mbCancel, TMsgDlgBtn::mbNoToAll,
                             TMsgDlgBtn::mbYesToAll});
-  // These changes last until the frame's reset (Part 3.1 step 7).
+  // These changes last until the operation frame resets the callback parameters.
   switch (Answer) {
     case TMsgDlgBtn::mbYes: return true;
     case TMsgDlgBtn::mbYesToAll: FCallbackParams.OverwriteControl = focAlwaysReplace; return true;

@@ -1,6 +1,6 @@
-// Part 3.1: Agent connection and operation frame — the manager's client access, the
-// callback parameters, progress notices, the connection test and the connection
-// listener; plus TOperationFrame (OperationFrame.h), the frame every operation runs in.
+// Agent connection and operation frame: the manager's client access, the callback
+// parameters, progress notices, the connection test and the connection listener; plus
+// TOperationFrame (OperationFrame.h), the frame every operation runs in.
 #include "remote/OperationFrame.h"
 
 #include "core/ResourceStrings.h"
@@ -9,7 +9,7 @@
 #include "remote/ConnectionListenerAdapter.h"
 #include "remote/ProfileClient.h"
 
-// ---- TRemoteProfileManager, Part 3.1 ------------------------------------------------
+// ---- TRemoteProfileManager: client access, progress, connection ----------------------
 
 TRAClientPtr TRemoteProfileManager::ClientFromProfile(const IOTARemoteProfilePtr& Profile, bool SetSysRoot) {
   if (!FPlatformSDK) SetSysRoot = false;  // no SDK: no system root is ever sent

@@ -1,5 +1,5 @@
-// Part 3.1: Agent connection — the profile's shared agent client (TRemoteProfile's
-// GetClient, ReleaseClient, CloneClient), counted by FClientUseCount.
+// The profile's shared agent client (TRemoteProfile's GetClient, ReleaseClient,
+// CloneClient), counted by FClientUseCount.
 #include "remote/ProfileClient.h"
 
 #include "core/RemoteProfile.h"
@@ -24,7 +24,7 @@ std::string RemoveAllIgnoringCase(const std::string& Text, const std::string& Pa
   return Result;
 }
 
-/// GetClient step 2: the SDK's system root without its local-root part, root macros expanded.
+/// The system root a client gets: the SDK's, without its local-root part, root macros expanded.
 std::string SysRootFromSDK(const IOTAPlatformSDK& SDK) {
   const std::string Root = RemoveAllIgnoringCase(SDK.GetSystemRoot(), SDK.GetLocalRootPart());
   const auto& Environment = HostServices().Environment;

@@ -1,11 +1,11 @@
-// Part 3.5: Remote launch — Run and StartRemoteDebugger, one agent call each inside the
-// light frame of Part 3.1, giving back the agent's error text when they fail.
+// Remote launch: Run and StartRemoteDebugger, one agent call each inside the light
+// operation frame, giving back the agent's error text when they fail.
 #include "core/Text.h"
 #include "remote/OperationFrame.h"
 
 namespace {
 
-/// Part 3.5 step 6: the agent's text, or the connection-failed text when it gave none.
+/// The agent's text, or the connection-failed text when it gave none.
 std::string FailureText(const TOperationFrame& Frame, const IOTARemoteProfilePtr& Profile) {
   std::string Text = Frame.Client() ? Frame.Client()->GetLastError() : std::string();
   if (Text.empty() && Profile) Text = ConnectionFailedText(Profile->GetHostName(), Profile->GetPortNumber());
@@ -24,12 +24,12 @@ bool TRemoteProfileManager::Run(const IOTARemoteProfilePtr& Profile, const std::
   {
     TOperationFrame Frame(*this, Profile, Callback, nullptr, focAlwaysReplace, "");
     if (Frame.Connect()) {
-      // Part 3.5 step 4, required as it stands: D and E change places on the way to the agent.
+      // Deliberate: D and E change places on the way to the agent.
       Result = Frame.Client()->Run(A, B, C, E, Env, D, F, ProcessNumber);
       if (!Result) ErrorText = Frame.Client()->GetLastError();
     }
     if (!Result) ErrorText = FailureText(Frame, Profile);
-  }  // step 7: reset the callback parameters, release the client
+  }  // the frame has reset the callback parameters and released the client
   SendNotify(Profile, pnaAfterRun, Result, ErrorText);  // the error text in the old name's place
   return Result;
 }

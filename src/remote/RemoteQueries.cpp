@@ -1,11 +1,11 @@
-// Part 3.4: Remote queries — short questions to the remote machine, each one agent call
-// inside the light frame: no progress notices, no messages, nothing raised.
+// Remote queries: short questions to the remote machine, each one agent call inside the
+// light frame: no progress notices, no messages, nothing raised.
 #include "core/Text.h"
 #include "remote/OperationFrame.h"
 
 namespace {
 
-/// The light frame of Part 3.4: shared client, callback stored (no progress procedure,
+/// The light frame of a query: shared client, callback stored (no progress procedure,
 /// overwrite control 0, state 1, no byte-count format), connect when needed; the agent
 /// call only when connected, otherwise the not-connected result. Reset and release always.
 template <typename TResult, typename TCall>
@@ -66,7 +66,7 @@ std::vector<std::string> TRemoteProfileManager::GetEnvironmentVariables(const IO
   std::vector<std::string> Result;
   TOperationFrame Frame(*this, Profile, Callback, nullptr, focAlwaysReplace, "");
   if (!Frame.Connect()) {
-    // Part 3.4, deliberate: the error reaches the caller as the value of a variable named "_".
+    // Deliberate: the error reaches the caller as the value of a variable named "_".
     Result.push_back("_=" + Frame.ConnectionErrorText());
     return Result;
   }

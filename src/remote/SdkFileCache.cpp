@@ -1,6 +1,5 @@
-// Part 3.3: SDK file cache — GetProfileFiles pulls every path item of the current
-// platform SDK into the profile's local root; DeployMungerPatch; the manager as the
-// agent's IFileIteration.
+// SDK file cache: GetProfileFiles pulls every path item of the current platform SDK into
+// the profile's local root; DeployMungerPatch; the manager as the agent's IFileIteration.
 #include <filesystem>
 
 #include "core/ResourceStrings.h"
@@ -10,7 +9,7 @@
 
 namespace {
 
-/// Part 3.3 DeployMungerPatch: PutFile's attribute value, the agent's; passed as it stands.
+/// DeployMungerPatch's PutFile attribute value, the agent's; passed as it stands.
 constexpr std::int32_t kMungerPatchAttributes = 0x1000000;
 /// Relative to the agent's working directory; the agent's path, passed as it stands.
 constexpr const char kMungerPatchDestination[] = "..\\..\\";
@@ -78,7 +77,7 @@ void TRemoteProfileManager::DeployMungerPatch(TRAClient& Client) {
   // "Hestrel" + delimiter + "munger.patch" under the installation root; the host's own
   // delimiter, so the file is found on this host (docs/DECISIONS.md).
   const std::string LocalFile = WithTrailingDelimiter(WithTrailingDelimiter(Root) + "Hestrel") + "munger.patch";
-  // No second destination, no file listener; the result is not examined (Part 3.3).
+  // No second destination, no file listener; the result is not examined.
   Client.PutFile(kMungerPatchDestination, LocalFile, kMungerPatchAttributes, "", nullptr);
 }
 

@@ -1,4 +1,4 @@
-// Parts 6.1 and 6.2: the options page's and the wizard's profile commands, toolkit-free.
+// The options page's and the new-profile wizard's profile commands, toolkit-free.
 #include "ui/ProfileCommands.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 namespace {
 
 bool IsWindowsPlatform(const std::string& PlatformName) {
-  // Exact comparison, as GetDefaultForPlatform makes it (Part 1.2).
+  // Exact comparison, as GetDefaultForPlatform makes it.
   return PlatformName == "Win32" || PlatformName == "Win64";
 }
 
@@ -40,7 +40,8 @@ std::vector<std::string> PlatformChoices() {
   std::vector<std::string> Result;
   const IOTAPlatformServicesPtr& Platforms = HostServices().Platforms;
   if (!Platforms) return Result;
-  // Hidden in both platform combos (Parts 6.1, 6.2): Linux 32-bit, Android, iOS simulator, iOS device.
+  // Hidden in the platform combos of the options page and the wizard: Linux 32-bit, Android,
+  // iOS simulator, iOS device.
   static const char* const Hidden[] = {"Linux32", "Android", "iOSSimulator", "iOSDevice"};
   for (const std::string& Name : Platforms->GetAllPlatforms()) {
     if (std::find(std::begin(Hidden), std::end(Hidden), Name) == std::end(Hidden)) Result.push_back(Name);
@@ -81,7 +82,7 @@ IOTARemoteProfilePtr CopyProfile(TRemoteProfileManager& Manager, const IOTARemot
   if (!Source) return nullptr;
   const std::string Name = TrimText(NewName);
   if (!Manager.ValidateProfileName(Name)) return nullptr;
-  // The copy's own path array: the host's arrays are shared by reference (Part 1.1).
+  // The copy's own path array: the host's arrays are shared by reference.
   const TOTARemoteProfilePathArray Paths(Source->GetPaths().ToVector());
   const std::string SystemRoot = ReplacePathPart(Source->GetSystemRoot(), Source->GetName(), Name);
   return Manager.AddProfile(Name, Source->GetPlatformName(), Source->GetHostName(), Source->GetPortNumber(),
@@ -114,7 +115,7 @@ TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProf
                             const std::string& NewName, TRenameMap& Renames) {
   if (!Profile) return TRenameResult::Refused;
   const std::string Old = TrimText(Profile->GetName());
-  // A change of letter case only is deliberately ignored (Part 6.1 step 3).
+  // A change of letter case only is deliberately ignored: names compare without case.
   if (SameText(NewName, Profile->GetName())) return TRenameResult::Unchanged;
   if (!Manager.ValidateProfileName(NewName)) return TRenameResult::Refused;
   Renames.Renamed(Old, NewName);

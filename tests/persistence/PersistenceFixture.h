@@ -1,60 +1,80 @@
-// Shared set-up of the persistence tests (Parts 2.1 to 2.3): the host doubles plus an agent
-// library whose profile object is the real THestrelClientProfile (real files in the
-// fixture's application-data directory) and whose Encrypt is recognisable.
+// Shared set-up of the persistence tests: the host doubles plus an agent library whose
+// profile object is the real Hestrel one (real files in the fixture's application-data
+// directory) and whose Encrypt is recognisable.
 #pragma once
 
 #include <filesystem>
 #include <fstream>
-#include <string>
-#include <vector>
+#include <map>
 
-#include "client/ClientProfile.h"
 #include "core/RemoteProfileManager.h"
 #include "doubles/HostDoubles.h"
 #include "doubles/ProfileFileLibrary.h"
+#include "persistence/ProfileFiles.h"
+
+namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
+
+inline Texts Then(Texts Head, const Texts& More) {
+  Head.insert(Head.end(), More.begin(), More.end());
+  return Head;
+}
 
 class TPersistenceFixture : public THostFixture {
  protected:
   void SetUp() override {
     THostFixture::SetUp();
-    Library = std::make_shared<TProfileFileLibrary>();
     Host.AgentLibrary = Library;
     Reinstall();
   }
-
-  std::filesystem::path AppData() const { return Environment->AppDataDir; }
-
-  /// Writes a profile file through the real profile object.
+  fs::path AppData() const { return Environment->AppDataDir; }
+  /// Writes the store's sub-section of Name: its platform, then Values.
+  void Store(const std::string& Name, const std::string& Platform,
+             const std::map<std::string, std::string>& Values = {}) {
+    Ini->WriteString("RemoteProfiles\\" + Name, "Platform", Platform);
+    for (const auto& [Ident, Value] : Values) Ini->WriteString("RemoteProfiles\\" + Name, Ident, Value);
+  }
+  /// Writes a profile file through the real profile object; answers its path.
   std::string WriteProfileFile(const std::string& FileName, const std::string& Name, const std::string& Platform,
-                               const std::string& Host = "host", std::int32_t Port = 64211,
-                               const TRACredential& Credential = {"enc:00", true, true},
-                               const std::string& Root = "/root") {
+                               const std::string& Host = "host",
+                               const TRACredential& Credential = {"enc:00", true, true}) {
     THestrelClientProfile P;
     P.SetProfileName(Name);
     P.SetPlatform(Platform);
     P.SetHost(Host);
-    P.SetPort(Port);
+    P.SetPort(4000);
     P.SetCredential(Credential);
-    P.SetSysRoot(Root);
+    P.SetSysRoot("/cache/" + Name);
     P.SetIncludePath({{"/usr/include", "*", false}}, TIncludePathKind::Include);
     const std::string Path = (AppData() / FileName).string();
     EXPECT_TRUE(P.SaveProfileSettings(Path)) << P.GetLastError();
     return Path;
   }
-
-  static void WriteText(const std::filesystem::path& File, const std::string& Text) {
-    std::ofstream Out(File, std::ios::binary | std::ios::trunc);
-    Out << Text;
+  static void WriteText(const fs::path& File, const std::string& Text) {
+    std::ofstream(File, std::ios::binary) << Text;
   }
-
+  /// A profile on one line: name|platform|host|port|password or file,is password,is enciphered|root|path count.
+  static std::string Describe(const IOTARemoteProfilePtr& P) {
+    if (!P) return "none";
+    const TOTARemoteProfileCredential C = P->GetCredential();
+    return P->GetName() + "|" + P->GetPlatformName() + "|" + P->GetHostName() + "|" +
+           std::to_string(P->GetPortNumber()) + "|" + C.PasswordOrFile + "," + std::to_string(C.IsPassword) + "," +
+           std::to_string(C.IsEncrypted) + "|" + P->GetSystemRoot() + "|" + std::to_string(P->GetPaths().size());
+  }
   /// Names of a platform's list, in order.
-  static std::vector<std::string> NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {
-    std::vector<std::string> Names;
-    auto It = Manager.GetProfiles().find(Platform);
-    if (It != Manager.GetProfiles().end())
-      for (const auto& P : It->second) Names.push_back(P->GetName());
+  static Texts NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {
+    Texts Names;
+    for (std::int32_t I = 0; I < Manager.GetProfileCount(Platform); ++I)
+      Names.push_back(Manager.GetProfile(Platform, I)->GetName());
     return Names;
   }
+  /// The one message shown so far, with its kind; forgets it.
+  void ExpectOneMessage(const std::string& Text, TMsgDlgType Kind = TMsgDlgType::mtError) {
+    ASSERT_EQ(Messages->Shown.size(), 1u);
+    EXPECT_EQ(Messages->Shown[0].Text, Text);
+    EXPECT_EQ(Messages->Shown[0].Kind, Kind);
+    Messages->Shown.clear();
+  }
 
-  std::shared_ptr<TProfileFileLibrary> Library;
+  std::shared_ptr<TProfileFileLibrary> Library = std::make_shared<TProfileFileLibrary>();
 };
