@@ -173,7 +173,7 @@ TEST_F(ZephprofRemote, UpdateCachePullsTheItemsGivenAndAsksBeforeReplacing) {
 
   std::ofstream(Cached / "a.h") << "changed\n";
   const TProcessResult Kept = Z({"update-cache", "Loop", "--item", Item});
-  // Part 3.2's long question: sizes known (8 bytes here, 2 coming), both time stamps shown.
+  // The long question: sizes known (8 bytes here, 2 coming), both time stamps shown.
   EXPECT_TRUE(Contains(Kept.Err, "Confirm: File '" + (Cached / "a.h").string() +
                                      "' already exists.\nReplace 8 byte(s) file modified on "))
       << Kept.Err;

@@ -149,7 +149,7 @@ TEST_F(Zephprof, ShowListsEveryField) {
                                 "--local-root", (Dir / "cache").string(), "--password-stdin"},
                                "pw\n");
   EXPECT_EQ(Add.Status, 0) << Add.Err;
-  // Part 2.3: the new profile starts from OSX32's 66 built-in path items.
+  // The new profile starts from OSX32's 66 built-in path items.
   EXPECT_EQ(Add.Out, "Added profile 'Mac' for OSX32 (macOS 32-bit), the platform's default, with 66 path items\n");
   const TProcessResult Show = Z({"show", "Mac"});
   EXPECT_EQ(Show.Status, 0);
@@ -291,7 +291,7 @@ TEST_F(Zephprof, PathItemsFollowCopyRenameAndRemove) {
 
 TEST_F(Zephprof, AProfileWithoutAnSdkEntryShowsItsOwnItems) {
   // A settings file written before there were SDK entries, and no profile file: the
-  // profile's own items (Part 2.1 step 2.3) are what a pull takes.
+  // profile's own items, read from its section, are what a pull takes.
   std::ofstream(Settings) << "[RemoteProfiles]\nDefault_Linux64=Old\n[RemoteProfiles\\Old]\nPlatform=Linux64\n"
                              "HostName=h\nPathCount=1\nPath0=/usr/include\nMask0=*.h\nType0=0\n";
   EXPECT_EQ(Z({"paths", "Old"}).Out, "  0  include  /usr/include  *.h\n");
@@ -320,9 +320,9 @@ TEST_F(Zephprof, DefaultPathsShowAndSave) {
   EXPECT_EQ(Saved.Status, 0) << Saved.Err;
   EXPECT_EQ(Saved.Out, "Information: Saved default paths to " + (Data / "OSX32.defaultprofilepaths").string() + "\n");
   EXPECT_EQ(Saved.Err, "zephprof: note: new profiles of OSX32 will now start with no path items, not with this "
-                       "set: a platform whose default-path file exists has an empty default set (spec Part 2.3); "
+                       "set: a platform whose default-path file exists has an empty default set; "
                        "that lasts until " + (Data / "OSX32.defaultprofilepaths").string() + " is removed\n");
-  // Part 2.3: a platform whose default-path file exists gets an empty default list.
+  // A platform whose default-path file exists gets an empty default list.
   EXPECT_EQ(Z({"default-paths", "OSX32"}).Out, "");
   AddProfile("Mac", "OSX32");
   EXPECT_EQ(Z({"paths", "Mac"}).Out, "");

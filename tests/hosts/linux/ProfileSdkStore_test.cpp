@@ -226,8 +226,8 @@ TEST_F(ProfileSdkStore, EntriesSurviveSaveOptionsAndARoundTripThroughTheFile) {
   EXPECT_TRUE(Items.SameItems(Include));
   ASSERT_TRUE(Reloaded.Read("mac", Items));
   EXPECT_TRUE(Items.SameItems(Two));
-  // The profiles came back from their profile files, without path items (Part 2.1 step
-  // 2.2); the SDK still has them.
+  // The profiles came back from their profile files, without path items; the SDK still
+  // has them.
   TRemoteProfileManagerPtr Manager = TRemoteProfileManager::Create(Again.Settings);
   const IOTARemoteProfilePtr Box = Manager->GetProfile("Box");
   ASSERT_TRUE(Box);
@@ -256,7 +256,7 @@ TEST_F(ProfileSdkStore, ANegativeOrHugeCountIsReadSafely) {
   TOTARemoteProfilePathArray Items;
   ASSERT_TRUE(Sdks->Read("Huge", Items));
   EXPECT_EQ(Items.size(), 65536u);
-  EXPECT_EQ(static_cast<int>(Items[0].Type), 0xFF);  // low 8 bits, as Part 2.1 reads types
+  EXPECT_EQ(static_cast<int>(Items[0].Type), 0xFF);  // low 8 bits, as the manager reads types
 }
 
 TEST_F(ProfileSdkStore, OnlyItsOwnSectionsAreWritten) {
