@@ -1,238 +1,155 @@
-// End-to-end tests of zephprof: processes, ports and files (see ProcessRunner.h).
 #include "ProcessRunner.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace {
 
-std::vector<char*> Argv(const std::string& Program, const std::vector<std::string>& Args,
-                        std::vector<std::string>& Storage) {
-  Storage.clear();
-  Storage.push_back(Program);
-  Storage.insert(Storage.end(), Args.begin(), Args.end());
-  std::vector<char*> Result;
-  for (std::string& S : Storage) Result.push_back(S.data());
-  Result.push_back(nullptr);
-  return Result;
+std::string Quoted(const std::string& Text) {
+  std::string Result = "'";
+  for (char C : Text) Result += C == '\'' ? std::string("'\\''") : std::string(1, C);
+  return Result + "'";
 }
 
-int StatusOf(int WaitStatus) {
-  if (WIFEXITED(WaitStatus)) return WEXITSTATUS(WaitStatus);
-  if (WIFSIGNALED(WaitStatus)) return 128 + WTERMSIG(WaitStatus);
-  return -1;
+/// The shell command that runs Program with Args in Environment.
+std::string Command(const std::string& Program, const std::vector<std::string>& Args, const TEnvironment& Environment) {
+  std::string Line = "exec env";
+  for (const auto& [Name, Value] : Environment)
+    Line += Value.empty() ? " -u " + Name : " " + Quoted(Name + "=" + Value);
+  Line += " " + Quoted(Program);
+  for (const std::string& Arg : Args) Line += " " + Quoted(Arg);
+  return Line;
 }
+
+int StatusOf(int WaitStatus) { return WIFEXITED(WaitStatus) ? WEXITSTATUS(WaitStatus) : 128 + WTERMSIG(WaitStatus); }
 
 }  // namespace
 
-TProcessResult RunProcess(const std::string& Program, const std::vector<std::string>& Args, const std::string& Stdin,
-                          const std::map<std::string, std::string>& Environment) {
-  int InPipe[2], OutPipe[2], ErrPipe[2];
-  if (pipe(InPipe) != 0 || pipe(OutPipe) != 0 || pipe(ErrPipe) != 0) return {};
-  std::vector<std::string> Storage;
-  std::vector<char*> Arguments = Argv(Program, Args, Storage);
-  const pid_t Pid = fork();
-  if (Pid == 0) {
-    dup2(InPipe[0], 0);
-    dup2(OutPipe[1], 1);
-    dup2(ErrPipe[1], 2);
-    for (int Fd : {InPipe[0], InPipe[1], OutPipe[0], OutPipe[1], ErrPipe[0], ErrPipe[1]}) close(Fd);
-    for (const auto& [Name, Value] : Environment) {
-      if (Value.empty()) unsetenv(Name.c_str());
-      else setenv(Name.c_str(), Value.c_str(), 1);
-    }
-    execv(Program.c_str(), Arguments.data());
-    _exit(127);
-  }
-  close(InPipe[0]);
-  close(OutPipe[1]);
-  close(ErrPipe[1]);
-  // Standard input is small: written at once (SIGPIPE ignored in case the program leaves early).
-  signal(SIGPIPE, SIG_IGN);
-  if (!Stdin.empty()) (void)!write(InPipe[1], Stdin.data(), Stdin.size());
-  close(InPipe[1]);
-  TProcessResult Result;
-  pollfd Fds[2] = {{OutPipe[0], POLLIN, 0}, {ErrPipe[0], POLLIN, 0}};
-  int Open = 2;
-  char Buffer[4096];
-  while (Open > 0) {
-    if (poll(Fds, 2, 60000) <= 0) break;
-    for (int I = 0; I < 2; ++I) {
-      if (Fds[I].fd < 0 || !(Fds[I].revents & (POLLIN | POLLHUP | POLLERR))) continue;
-      const ssize_t N = read(Fds[I].fd, Buffer, sizeof Buffer);
-      if (N <= 0) {
-        close(Fds[I].fd);
-        Fds[I].fd = -1;
-        --Open;
-      } else {
-        (I == 0 ? Result.Out : Result.Err).append(Buffer, static_cast<std::size_t>(N));
-      }
-    }
-  }
-  for (pollfd& Fd : Fds)
-    if (Fd.fd >= 0) close(Fd.fd);
-  int WaitStatus = 0;
-  waitpid(Pid, &WaitStatus, 0);
-  Result.Status = StatusOf(WaitStatus);
-  return Result;
-}
-
-TBackgroundProcess::~TBackgroundProcess() { Stop(); }
-
-bool TBackgroundProcess::Start(const std::string& Program, const std::vector<std::string>& Args) {
-  int OutPipe[2];
-  if (pipe(OutPipe) != 0) return false;
-  std::vector<std::string> Storage;
-  std::vector<char*> Arguments = Argv(Program, Args, Storage);
-  FPid = fork();
-  if (FPid == 0) {
-    dup2(OutPipe[1], 1);
-    dup2(OutPipe[1], 2);
-    close(OutPipe[0]);
-    close(OutPipe[1]);
-    execv(Program.c_str(), Arguments.data());
-    _exit(127);
-  }
-  close(OutPipe[1]);
-  FOut = OutPipe[0];
-  return FPid > 0;
-}
-
-std::string TBackgroundProcess::WaitForLine(const std::string& Text, int TimeoutMs) {
-  const auto Deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMs);
-  for (;;) {
-    std::size_t LineEnd;
-    while ((LineEnd = FBuffer.find('\n')) != std::string::npos) {
-      std::string Line = FBuffer.substr(0, LineEnd);
-      FBuffer.erase(0, LineEnd + 1);
-      if (Line.find(Text) != std::string::npos) return Line;
-    }
-    const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(Deadline - std::chrono::steady_clock::now());
-    if (Left.count() <= 0 || FOut < 0) return {};
-    pollfd Fd{FOut, POLLIN, 0};
-    if (poll(&Fd, 1, static_cast<int>(Left.count())) <= 0) return {};
-    char Buffer[1024];
-    const ssize_t N = read(FOut, Buffer, sizeof Buffer);
-    if (N <= 0) return {};
-    FBuffer.append(Buffer, static_cast<std::size_t>(N));
-  }
-}
-
-void TBackgroundProcess::Stop() {
-  if (FPid > 0) {
-    kill(FPid, SIGTERM);
-    int WaitStatus = 0;
-    waitpid(FPid, &WaitStatus, 0);
-    FPid = -1;
-  }
-  if (FOut >= 0) {
-    close(FOut);
-    FOut = -1;
-  }
-}
-
-TPtyProcess::~TPtyProcess() {
-  if (FPid > 0) {
-    kill(FPid, SIGTERM);
-    waitpid(FPid, nullptr, 0);
-  }
-  if (FMaster >= 0) close(FMaster);
-}
-
-bool TPtyProcess::Start(const std::string& Program, const std::vector<std::string>& Args,
-                        const std::map<std::string, std::string>& Environment) {
-  std::vector<std::string> Storage;
-  std::vector<char*> Arguments = Argv(Program, Args, Storage);
-  FPid = forkpty(&FMaster, nullptr, nullptr, nullptr);
-  if (FPid == 0) {
-    for (const auto& [Name, Value] : Environment) {
-      if (Value.empty()) unsetenv(Name.c_str());
-      else setenv(Name.c_str(), Value.c_str(), 1);
-    }
-    execv(Program.c_str(), Arguments.data());
-    _exit(127);
-  }
-  return FPid > 0;
-}
-
-bool TPtyProcess::ReadSome(int TimeoutMs) {
-  pollfd Fd{FMaster, POLLIN, 0};
-  if (poll(&Fd, 1, TimeoutMs) <= 0) return false;
-  char Buffer[1024];
-  const ssize_t N = read(FMaster, Buffer, sizeof Buffer);  // EIO once the program has ended
-  if (N <= 0) return false;
-  FOutput.append(Buffer, static_cast<std::size_t>(N));
-  return true;
-}
-
-bool TPtyProcess::WaitFor(const std::string& Text, int TimeoutMs) {
-  const auto Deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMs);
-  for (;;) {
-    const std::size_t At = FOutput.find(Text, FSearchFrom);
-    if (At != std::string::npos) {
-      FSearchFrom = At + Text.size();
-      return true;
-    }
-    const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(Deadline - std::chrono::steady_clock::now());
-    if (Left.count() <= 0 || !ReadSome(static_cast<int>(Left.count()))) return false;
-  }
-}
-
-void TPtyProcess::Type(const std::string& Text) { (void)!write(FMaster, Text.data(), Text.size()); }
-
-int TPtyProcess::Wait() {
-  while (ReadSome(10000)) {
-  }
-  int WaitStatus = 0;
-  waitpid(FPid, &WaitStatus, 0);
-  FPid = -1;
-  return StatusOf(WaitStatus);
-}
-
-// Both paths are compiled in (tests/CMakeLists.txt), so a run by hand finds them too.
-std::string ZephprofPath() { return ZEPH_ZEPHPROF_BINARY; }
-
-std::string HestrelPath() { return access(ZEPH_HESTREL_BINARY, X_OK) == 0 ? ZEPH_HESTREL_BINARY : std::string(); }
-
-int FreeLoopbackPort() {
-  const int Socket = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in Address{};
-  Address.sin_family = AF_INET;
-  Address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  Address.sin_port = 0;
-  socklen_t Length = sizeof Address;
-  int Port = -1;
-  if (bind(Socket, reinterpret_cast<sockaddr*>(&Address), sizeof Address) == 0 &&
-      getsockname(Socket, reinterpret_cast<sockaddr*>(&Address), &Length) == 0)
-    Port = ntohs(Address.sin_port);
-  close(Socket);
-  return Port;
-}
-
-std::string ReadWholeFile(const std::filesystem::path& File) {
+std::string ReadWholeFile(const fs::path& File) {
   std::ifstream In(File, std::ios::binary);
   std::ostringstream Content;
   Content << In.rdbuf();
   return Content.str();
 }
 
-std::vector<std::filesystem::path> FilesBelow(const std::filesystem::path& Dir) {
-  std::vector<std::filesystem::path> Files;
-  std::error_code Ignored;
-  if (!std::filesystem::exists(Dir, Ignored)) return Files;
-  for (const auto& Entry : std::filesystem::recursive_directory_iterator(Dir, Ignored))
-    if (Entry.is_regular_file()) Files.push_back(Entry.path());
-  return Files;
+bool Matches(const std::string& Text, const std::string& Pattern) {
+  const std::string Any = "…";
+  const std::size_t At = Pattern.find(Any);
+  if (At == std::string::npos) return Text == Pattern;
+  if (Text.compare(0, At, Pattern, 0, At) != 0) return false;
+  for (std::size_t From = At; From <= Text.size(); ++From)
+    if (Matches(Text.substr(From), Pattern.substr(At + Any.size()))) return true;
+  return false;
+}
+
+void TZephprofTest::SetUp() {
+  Dir = fs::temp_directory_path() / ("zephprof-test-" + std::to_string(getpid()) + "-" +
+                                     ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  fs::remove_all(Dir);
+  fs::create_directories(Dir / "home");
+  Settings = Dir / "settings.ini";
+  Data = Dir / "data";
+}
+
+void TZephprofTest::TearDown() {
+  if (FServerPid > 0) kill(FServerPid, SIGTERM);
+  fs::remove_all(Dir);
+}
+
+TEnvironment TZephprofTest::Environment() const {
+  return {{"HOME", (Dir / "home").string()},
+          {"XDG_CONFIG_HOME", (Dir / "home/config").string()},
+          {"XDG_DATA_HOME", (Dir / "home/data").string()}};
+}
+
+std::vector<std::string> TZephprofTest::WithStore(std::vector<std::string> Args) const {
+  Args.insert(Args.begin(), {"--settings", Settings.string(), "--data-dir", Data.string()});
+  return Args;
+}
+
+TProcessResult TZephprofTest::Z(const std::vector<std::string>& Args, const std::string& Stdin) const {
+  std::ofstream(Dir / "stdin", std::ios::binary) << Stdin;
+  const int Status = std::system((Command(ZEPH_ZEPHPROF_BINARY, WithStore(Args), Environment()) + " <" +
+                                  Quoted((Dir / "stdin").string()) + " >" + Quoted((Dir / "stdout").string()) + " 2>" +
+                                  Quoted((Dir / "stderr").string()))
+                                     .c_str());
+  return {StatusOf(Status), ReadWholeFile(Dir / "stdout"), ReadWholeFile(Dir / "stderr")};
+}
+
+void TZephprofTest::Run(const std::vector<TStep>& Steps) const {
+  for (const TStep& Step : Steps) {
+    const TProcessResult R = Z(Step.Args, Step.Stdin);
+    std::string Line = "zephprof";
+    for (const std::string& Arg : Step.Args) Line += " " + Arg;
+    EXPECT_EQ(R.Status, Step.Status) << Line << "\n" << R.Err;
+    EXPECT_PRED2(Matches, R.Out, Step.Out) << Line;
+    EXPECT_PRED2(Matches, R.Err, Step.Err) << Line;
+  }
+}
+
+TProcessResult TZephprofTest::OnTerminal(const std::vector<std::string>& Args,
+                                         const std::vector<std::pair<std::string, std::string>>& Dialogue) const {
+  const std::string Line = Command(ZEPH_ZEPHPROF_BINARY, WithStore(Args), Environment());
+  int Terminal = -1;
+  const pid_t Pid = forkpty(&Terminal, nullptr, nullptr, nullptr);
+  if (Pid == 0) {
+    execl("/bin/sh", "sh", "-c", Line.c_str(), nullptr);
+    _exit(127);
+  }
+  TProcessResult Result;
+  std::size_t From = 0;                              // just after the last prompt seen
+  auto ReadUntil = [&](const std::string& Prompt) {  // to the end when Prompt is ""
+    for (;;) {
+      if (const std::size_t At = Result.Out.find(Prompt, From); !Prompt.empty() && At != std::string::npos) {
+        From = At + Prompt.size();
+        return true;
+      }
+      pollfd Fd{Terminal, POLLIN, 0};
+      char Buffer[1024];
+      const ssize_t N = poll(&Fd, 1, 10000) > 0 ? read(Terminal, Buffer, sizeof Buffer) : 0;  // EIO at the end
+      if (N <= 0) return false;
+      Result.Out.append(Buffer, static_cast<std::size_t>(N));
+    }
+  };
+  bool Prompted = true;
+  for (const auto& [Prompt, Answer] : Dialogue)
+    if ((Prompted = Prompted && ReadUntil(Prompt))) (void)!write(Terminal, Answer.data(), Answer.size());
+  ReadUntil("");
+  close(Terminal);
+  int WaitStatus = 0;
+  waitpid(Pid, &WaitStatus, 0);
+  Result.Status = Prompted ? StatusOf(WaitStatus) : -1;
+  return Result;
+}
+
+int TZephprofTest::StartHestrel(const fs::path& Root, const std::string& Password) {
+  fs::create_directories(Root);
+  std::ofstream(Dir / "password") << Password << '\n';
+  fs::permissions(Dir / "password", fs::perms::owner_read | fs::perms::owner_write);
+  const std::string Line =
+      Command(ZEPH_HESTREL_BINARY,
+              {"--port", "0", "--listen", "127.0.0.1", "--password-file", (Dir / "password").string(), "--host-key",
+               (Dir / "host_key").string(), "--root", Root.string()},
+              {});
+  if (std::system((Line + " >" + Quoted((Dir / "server.log").string()) + " 2>&1 </dev/null & echo $! >" +
+                   Quoted((Dir / "server.pid").string()))
+                      .c_str()) != 0)
+    return 0;
+  FServerPid = std::stoi("0" + ReadWholeFile(Dir / "server.pid"));
+  for (int I = 0; I < 200; ++I) {  // its first line names the port: "hestrel listening on 127.0.0.1:PORT"
+    const std::string Log = ReadWholeFile(Dir / "server.log");
+    const std::size_t End = Log.find('\n', Log.find("hestrel listening on "));
+    if (Log.find("hestrel listening on ") != std::string::npos && End != std::string::npos)
+      return std::stoi(Log.substr(Log.rfind(':', End) + 1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return 0;
 }

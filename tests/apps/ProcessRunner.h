@@ -1,78 +1,57 @@
-// End-to-end tests of zephprof: run a program as a process with a given standard input and
-// environment, and collect its standard output, standard error and exit status.
+// End-to-end tests of zephprof: the built program run as a process against a settings file
+// and data directory of its own, on a pseudo-terminal, and against a hestrel server.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
+namespace fs = std::filesystem;
+
+using TEnvironment = std::map<std::string, std::string>;  ///< variables set; an empty value unsets
+
 struct TProcessResult {
   int Status = -1;  ///< exit status; 128 + signal when killed
-  std::string Out;
-  std::string Err;
+  std::string Out, Err;
 };
 
-/// Runs Program with Args; Environment entries are set (an empty value unsets), the rest
-/// of this process's environment is inherited. Stdin is written to the program's input.
-TProcessResult RunProcess(const std::string& Program, const std::vector<std::string>& Args, const std::string& Stdin,
-                          const std::map<std::string, std::string>& Environment);
+std::string ReadWholeFile(const fs::path& File);
 
-/// A started background process (a server) whose output is read until a line appears.
-class TBackgroundProcess {
- public:
-  TBackgroundProcess() = default;
-  TBackgroundProcess(const TBackgroundProcess&) = delete;
-  TBackgroundProcess& operator=(const TBackgroundProcess&) = delete;
-  ~TBackgroundProcess();
-  /// Starts Program; answers false when it could not be started.
-  bool Start(const std::string& Program, const std::vector<std::string>& Args);
-  /// Reads standard output until a line containing Text arrives (or TimeoutMs passes);
-  /// answers that line, or "" on time-out or end of output.
-  std::string WaitForLine(const std::string& Text, int TimeoutMs);
-  /// SIGTERM, then waits.
-  void Stop();
+/// Whether Text is Pattern, each "…" of which stands for any text ("…" alone: anything).
+bool Matches(const std::string& Text, const std::string& Pattern);
+
+/// One run of zephprof, and what it must answer.
+struct TStep {
+  TStep(std::vector<std::string> Args, int Status = 0, std::string Out = "…", std::string Err = "…",
+        std::string Stdin = "")
+      : Args(std::move(Args)), Status(Status), Out(std::move(Out)), Err(std::move(Err)), Stdin(std::move(Stdin)) {}
+  std::vector<std::string> Args;
+  int Status;
+  std::string Out, Err, Stdin;
+};
+
+/// zephprof with a settings file, data directory, HOME and XDG folders in a fresh folder.
+class TZephprofTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+  TProcessResult Z(const std::vector<std::string>& Args, const std::string& Stdin = "") const;
+  /// Runs the steps in order, each checked against its expectations.
+  void Run(const std::vector<TStep>& Steps) const;
+  /// Runs zephprof on a pseudo-terminal, typing each answer once its prompt has been shown;
+  /// Out holds everything shown, Status is -1 when a prompt did not come.
+  TProcessResult OnTerminal(const std::vector<std::string>& Args,
+                            const std::vector<std::pair<std::string, std::string>>& Dialogue) const;
+  /// Starts the built hestrel server on a free loopback port with a password of its own;
+  /// answers the port (0 when it did not start). Stopped at the end of the test.
+  int StartHestrel(const fs::path& Root, const std::string& Password);
+  fs::path Dir, Settings, Data;
 
  private:
-  int FPid = -1;
-  int FOut = -1;
-  std::string FBuffer;
+  TEnvironment Environment() const;
+  std::vector<std::string> WithStore(std::vector<std::string> Args) const;
+  int FServerPid = -1;
 };
-
-/// A program on a pseudo-terminal: what a user at a terminal types and sees.
-class TPtyProcess {
- public:
-  TPtyProcess() = default;
-  TPtyProcess(const TPtyProcess&) = delete;
-  TPtyProcess& operator=(const TPtyProcess&) = delete;
-  ~TPtyProcess();
-  bool Start(const std::string& Program, const std::vector<std::string>& Args,
-             const std::map<std::string, std::string>& Environment);
-  /// Reads until Text has appeared in the output after the last match (or TimeoutMs
-  /// passes); answers whether it did.
-  bool WaitFor(const std::string& Text, int TimeoutMs = 10000);
-  /// Types Text.
-  void Type(const std::string& Text);
-  /// Reads to the end and answers the exit status.
-  int Wait();
-  /// Everything shown so far.
-  const std::string& Output() const { return FOutput; }
-
- private:
-  bool ReadSome(int TimeoutMs);
-  int FPid = -1;
-  int FMaster = -1;
-  std::string FOutput;
-  std::size_t FSearchFrom = 0;
-};
-
-/// The built zephprof (its path compiled in).
-std::string ZephprofPath();
-/// The built hestrel server, or "" when it was not built.
-std::string HestrelPath();
-/// A TCP port on 127.0.0.1 that was free a moment ago.
-int FreeLoopbackPort();
-/// The whole content of a file ("" when missing).
-std::string ReadWholeFile(const std::filesystem::path& File);
-/// Every file below Dir, recursively.
-std::vector<std::filesystem::path> FilesBelow(const std::filesystem::path& Dir);
