@@ -12,25 +12,16 @@ namespace {
 class ZephprofRemote : public TZephprofTest {
  protected:
   void SetUp() override {
-    TZephprofTest::SetUp();
-    Remote = Dir / "root";
-    Port = std::to_string(StartHestrel(Remote, ServerPassword));
+    Port = StartHestrel(Remote, ServerPassword);
     // A server that does not start is a failure, never a silent pass.
     ASSERT_NE(Port, "0") << ReadWholeFile(Dir / "server.log");
-    Run({{AddLoop("Loop"), 0, "…", "", ServerPassword + "\n"}});
+    Run({AddLoop("Loop")});
   }
-  std::vector<std::string> AddLoop(const std::string& Name) const {
-    return {"add",
-            Name,
-            "--platform",
-            "Linux64",
-            "--host",
-            "127.0.0.1",
-            "--port",
-            Port,
-            "--local-root",
-            (Dir / "cache").string(),
-            "--password-stdin"};
+  /// Adds a profile of the server, with the server's password.
+  TStep AddLoop(const std::string& Name) const {
+    return TStep({"add", Name, "--platform", "Linux64", "--host", "127.0.0.1", "--port", Port, "--local-root",
+                  Dir / "cache", "--password-stdin"},
+                 0, "…", "", ServerPassword + "\n");
   }
   /// A file below the server's root, with its content.
   std::string Put(const std::string& Name, const std::string& Content) const {
@@ -39,31 +30,28 @@ class ZephprofRemote : public TZephprofTest {
     return (Remote / Name).string();
   }
   const std::string ServerPassword = "loopback-pw-" + std::to_string(getpid());
-  fs::path Remote;
+  const fs::path Remote = Dir / "root";
   std::string Port;
 };
 
 TEST_F(ZephprofRemote, TestConnectsWithTheStoredPassword) {
-  Run({{{"test", "Loop"}, 0, "Connection to '127.0.0.1' on port " + Port + " succeeded\n", ""},
-       {{"set", "Loop", "--password-stdin"}, 0, "…", "…", "wrong\n"},
-       {{"test", "Loop"}, 1, "", "zephprof: …"}});
+  Run({TStep({"test", "Loop"}, 0, "Connection to '127.0.0.1' on port " + Port + " succeeded\n", ""),
+       TStep({"set", "Loop", "--password-stdin"}, 0, "…", "…", "wrong\n"),
+       TStep({"test", "Loop"}, 1, "", "zephprof: …")});
 }
 
 TEST_F(ZephprofRemote, PutAndRmShowTheirStepsAndListWhatFailed) {
   const std::string Local = (Dir / "hello.txt").string(), Missing = (Dir / "missing.txt").string();
   std::ofstream(Local) << "hello\n";
   const std::string Copied = (Remote / "hello.txt").string();
-  Run({{{"put", "Loop", Local, "--to", Remote.string()},
-        0,
-        "",
-        "Updating Remote Files (1 item)\n…[1/1] Copying '" + Local + "' to remote machine\n…Operation completed\n"},
-       {{"rm", "Loop", Copied}, 0, "", "…Removed file '" + Copied + "'…"},
-       {{"rm", "Loop", Copied}, 1, "", "…1 error:\n…"},
-       {{"put", "Loop", Missing, Local, "--to", Remote.string()},
-        1,
-        "",
-        "Updating Remote Files (2 items)\n…[2/2] Copying '" + Local + "' to remote machine\n…1 error:\n…" + Missing +
-            "…"}});
+  Run({TStep(
+           {"put", "Loop", Local, "--to", Remote.string()}, 0, "",
+           "Updating Remote Files (1 item)\n…[1/1] Copying '" + Local + "' to remote machine\n…Operation completed\n"),
+       TStep({"rm", "Loop", Copied}, 0, "", "…Removed file '" + Copied + "'…"),
+       TStep({"rm", "Loop", Copied}, 1, "", "…1 error:\n…"),
+       TStep({"put", "Loop", Missing, Local, "--to", Remote.string()}, 1, "",
+             "Updating Remote Files (2 items)\n…[2/2] Copying '" + Local + "' to remote machine\n…1 error:\n…" +
+                 Missing + "…")});
   EXPECT_EQ(ReadWholeFile(Copied), "hello\n");
   EXPECT_FALSE(fs::exists(Remote / "missing.txt"));
 }
@@ -71,22 +59,18 @@ TEST_F(ZephprofRemote, PutAndRmShowTheirStepsAndListWhatFailed) {
 TEST_F(ZephprofRemote, QueriesAnswerFromTheRemoteMachine) {
   const std::string D = fs::path(Put("d/f.txt", "12345")).parent_path().string();
   fs::create_directories(Remote / "d/sub");
-  Run({{{"env", "Loop"}, 0, "…PATH=…"},
-       {{"--json", "env", "Loop"}, 0, "{…\"PATH\":…"},
-       {{"expand", "Loop", D + "/./sub"}, 0, "/…\n"},
-       {{"exists", "Loop", D}, 0, "yes\n"},
-       {{"exists", "Loop", D + "/nope"}, 1, "no\n"},
-       {{"ls", "Loop", D}, 0, "…f.txt  5\n…sub/\n…"},
-       {{"symlink", "Loop", D, (Remote / "link").string()}}});
+  Run({TStep({"env", "Loop"}, 0, "…PATH=…"), TStep({"--json", "env", "Loop"}, 0, "{…\"PATH\":…"),
+       TStep({"expand", "Loop", D + "/./sub"}, 0, "/…\n"), TStep({"exists", "Loop", D}, 0, "yes\n"),
+       TStep({"exists", "Loop", D + "/nope"}, 1, "no\n"), TStep({"ls", "Loop", D}, 0, "…f.txt  5\n…sub/\n…"),
+       TStep({"symlink", "Loop", D, (Remote / "link").string()})});
   EXPECT_TRUE(fs::is_symlink(Remote / "link"));
 }
 
 TEST_F(ZephprofRemote, RunStartsAProgramInItsDirectoryWithItsEnvironment) {
-  Run({{{"run", "Loop", "/bin/sh", "--cwd", Remote.string(), "--env", "GREETING=hi there", "--", "-c",
-         "echo \"$GREETING\" > out.txt"},
-        0,
-        "Started /bin/sh on 'Loop' (process …"},
-       {{"run", "Loop", "/no/such/program"}, 1, "", "…/no/such/program…"}});
+  Run({TStep({"run", "Loop", "/bin/sh", "--cwd", Remote.string(), "--env", "GREETING=hi there", "--", "-c",
+              "echo \"$GREETING\" > out.txt"},
+             0, "Started /bin/sh on 'Loop' (process …"),
+       TStep({"run", "Loop", "/no/such/program"}, 1, "", "…/no/such/program…")});
   for (int I = 0; I < 50 && ReadWholeFile(Remote / "out.txt").empty(); ++I)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_EQ(ReadWholeFile(Remote / "out.txt"), "hi there\n");
@@ -96,22 +80,20 @@ TEST_F(ZephprofRemote, UpdateCachePullsTheItemsGivenAndAsksBeforeReplacing) {
   Put("sdk/a.h", "a\n"), Put("sdk/sys/b.h", "b\n"), Put("sdk/c.txt", "c\n");
   const std::string Item = (Remote / "sdk").string() + ",*.h,include,subdirs";
   const fs::path Cached = Dir / "cache" / Remote.relative_path() / "sdk";
-  Run({{{"update-cache", "Loop", "--item", Item},
-        0,
-        "…",
-        "Updating Local File Cache (1 item)\n…Updated files from remote path '" + (Remote / "sdk").string() + "'…"},
-       {{"update-cache", "Loop", "--item", "/x,*"}, 2}});
+  Run({TStep(
+           {"update-cache", "Loop", "--item", Item}, 0, "…",
+           "Updating Local File Cache (1 item)\n…Updated files from remote path '" + (Remote / "sdk").string() + "'…"),
+       TStep({"update-cache", "Loop", "--item", "/x,*"}, 2)});
   EXPECT_EQ(ReadWholeFile(Cached / "sys/b.h"), "b\n");
   EXPECT_FALSE(fs::exists(Cached / "c.txt"));
   std::ofstream(Cached / "a.h") << "changed\n";
-  Run({{{"update-cache", "Loop", "--item", Item},
-        0,
-        "…",  // sizes known: 8 bytes here, 2 coming
-        "…Confirm: File '" + (Cached / "a.h").string() +
-            "' already exists.\nReplace 8 byte(s) file modified on …"
-            "\nwith 2 byte(s) file modified on …No terminal to ask; answered No…"}});
+  Run({TStep({"update-cache", "Loop", "--item", Item}, 0,
+             "…",  // sizes known: 8 bytes here, 2 coming
+             "…Confirm: File '" + (Cached / "a.h").string() +
+                 "' already exists.\nReplace 8 byte(s) file modified on …"
+                 "\nwith 2 byte(s) file modified on …No terminal to ask; answered No…")});
   EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "changed\n");
-  Run({{{"--yes", "update-cache", "Loop", "--item", Item}}});
+  Run({TStep({"--yes", "update-cache", "Loop", "--item", Item})});
   EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "a\n");
 }
 
@@ -120,24 +102,20 @@ TEST_F(ZephprofRemote, StoredPathItemsArePulledInLaterRunsAndFollowTheProfile) {
   const std::string Lib = fs::path(Put("sdk/lib/libz.so", "z\n")).parent_path().string();
   Put("sdk/include/sys/b.h", "b\n"), Put("sdk/include/notes.txt", "n\n");
   const fs::path Cache = Dir / "cache";
-  Run({{{"paths", "Loop", "add", Include, "*.h", "include", "--subdirs"}},
-       {{"paths", "Loop", "add", Lib, "libz.so", "library"}},
-       {{"update-cache", "Loop"},
-        0,
-        "Local file cache of 'Loop': " + Cache.string() + "\n",
-        "Updating Local File Cache (2 items)\n…"}});
+  Run({TStep({"paths", "Loop", "add", Include, "*.h", "include", "--subdirs"}),
+       TStep({"paths", "Loop", "add", Lib, "libz.so", "library"}),
+       TStep({"update-cache", "Loop"}, 0, "Local file cache of 'Loop': " + Cache.string() + "\n",
+             "Updating Local File Cache (2 items)\n…")});
   EXPECT_EQ(ReadWholeFile(Cache / Include.substr(1) / "sys/b.h"), "b\n");
   EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
   EXPECT_FALSE(fs::exists(Cache / Include.substr(1) / "notes.txt"));
   fs::remove_all(Cache);
-  Run({{{"rename", "Loop", "Looped"}},
-       {{"update-cache", "Looped"}, 0, "…", "Updating Local File Cache (2 items)\n…"},
-       {{"--yes", "remove", "Looped"}},
-       {AddLoop("Looped"), 0, "…", "", ServerPassword + "\n"},  // a new profile of the name starts without them
-       {{"update-cache", "Looped"},
-        0,
-        "…",
-        "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n"}});
+  Run({TStep({"rename", "Loop", "Looped"}),
+       TStep({"update-cache", "Looped"}, 0, "…", "Updating Local File Cache (2 items)\n…"),
+       TStep({"--yes", "remove", "Looped"}),
+       AddLoop("Looped"),  // a new profile of the name starts without them
+       TStep({"update-cache", "Looped"}, 0, "…",
+             "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n")});
   EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
 }
 
