@@ -19,16 +19,12 @@ class Zephprof : public TZephprofTest {
 };
 
 TEST(ZephprofMatches, AnEllipsisStandsForAnyText) {
-  for (const auto& [Text, Pattern, Expected] :
-       std::vector<std::tuple<std::string, std::string, bool>>{{"abc", "abc", true},
-                                                               {"abc", "ab", false},
-                                                               {"abc", "a…c", true},
-                                                               {"abc", "…b…", true},
-                                                               {"abc", "a…b", false},
-                                                               {"abc", "…c…c", false},
-                                                               {"", "…", true},
-                                                               {"abcbc", "a…bc", true}})
-    EXPECT_EQ(Matches(Text, Pattern), Expected) << Text << " ~ " << Pattern;
+  using P = std::pair<std::string, std::string>;
+  for (const auto& [Text, Pattern] :
+       {P{"abc", "abc"}, P{"abc", "a…c"}, P{"abc", "…b…"}, P{"", "…"}, P{"abcbc", "a…bc"}})
+    EXPECT_TRUE(Matches(Text, Pattern)) << Text << " ~ " << Pattern;
+  for (const auto& [Text, Pattern] : {P{"abc", "ab"}, P{"abc", "a…b"}, P{"abc", "…c…c"}, P{"abc", "b…"}})
+    EXPECT_FALSE(Matches(Text, Pattern)) << Text << " ~ " << Pattern;
 }
 
 TEST_F(Zephprof, HelpVersionAndUsageErrors) {
@@ -97,12 +93,10 @@ TEST_F(Zephprof, ShowAndSetCoverEveryField) {
              "zephprof: Password file '" + File("none") + "' does not exist\n"),
        TStep({"show", "Mac"}, 0,
              "…Host name:   mac.local\nPort number: 7001\nPassword file: " + File("pw.passfile") + "\n…"),
-       Add("Mac2", "OSX32"),
-       TStep({"set", "Mac", "--platform", "Linux64"}),
+       Add("Mac2", "OSX32"), TStep({"set", "Mac", "--platform", "Linux64"}),
        TStep({"set", "Mac", "--platform", "iOSDevice"}, 2),  // not offered for new profiles
-       {{"list"},
-        0,
-        "OSX32 (macOS 32-bit)\n  * Mac2  127.0.0.1:64211\nLinux64 (Linux 64-bit)\n  * Mac  mac.local:7001\n"},
+       TStep({"list"}, 0,
+             "OSX32 (macOS 32-bit)\n  * Mac2  127.0.0.1:64211\nLinux64 (Linux 64-bit)\n  * Mac  mac.local:7001\n"),
        TStep({"add", "Keys", "--platform", "Linux64", "--host", "h"}, 0, "…",
              "zephprof: no password given: the profile has none (use --password-stdin or --passfile; an empty password "
              "uses your SSH agent and keys)\n"),
@@ -124,11 +118,9 @@ TEST_F(Zephprof, ThePasswordNeverAppearsInFilesOrOutput) {
 }
 
 TEST_F(Zephprof, PathItemsAreKeptInTheHostsStoreAndFollowTheProfile) {
-  Run({Add("Box", "Linux64"),
-       TStep({"paths", "Box"}, 0, ""),  // Linux64 has no default set
-       {{"paths", "Box", "add", "/usr/include", "*.h", "include", "--subdirs"},
-        0,
-        "Path items of 'Box': 1\n  0  include  /usr/include  *.h  subdirs\n"},
+  Run({Add("Box", "Linux64"), TStep({"paths", "Box"}, 0, ""),  // Linux64 has no default set
+       TStep({"paths", "Box", "add", "/usr/include", "*.h", "include", "--subdirs"}, 0,
+             "Path items of 'Box': 1\n  0  include  /usr/include  *.h  subdirs\n"),
        TStep({"paths", "Box", "add", "/usr/lib", "libz.so", "1"}, 0,
              "Path items of 'Box': 2\n  0  include  /usr/include  *.h  subdirs\n  1  library  /usr/lib  libz.so\n"),
        TStep({"--json", "paths", "Box", "list"}, 0,
@@ -138,15 +130,11 @@ TEST_F(Zephprof, PathItemsAreKeptInTheHostsStoreAndFollowTheProfile) {
        TStep({"paths", "Box", "remove", "1"}, 1, "", "zephprof: 'Box' has no path item 1 (it has 1)\n"),
        TStep({"paths", "Box", "add", "/x", "*", "sideways"}, 2, "",
              "zephprof: 'sideways' is not a path type (include, library, framework, other or 0 to 3)\n"),
-       TStep({"copy", "Box", "Box 2"}),
-       TStep({"rename", "Box 2", "Builder"}),
+       TStep({"copy", "Box", "Box 2"}), TStep({"rename", "Box 2", "Builder"}),
        TStep({"show", "Builder"}, 0, "…Path items:  1\n  0  library  /usr/lib  libz.so\n"),
-       TStep({"paths", "Box", "reset"}, 0, "Path items of 'Box': 0\n"),
-       TStep({"--yes", "remove", "Builder"}),
+       TStep({"paths", "Box", "reset"}, 0, "Path items of 'Box': 0\n"), TStep({"--yes", "remove", "Builder"}),
        Add("Builder", "Linux64"),  // starts afresh, from the platform's default set
-       {{"paths", "Builder"}, 0, ""},
-       Add("Mac", "OSX32"),
-       TStep({"paths", "Mac", "remove", "0"}),
+       TStep({"paths", "Builder"}, 0, ""), Add("Mac", "OSX32"), TStep({"paths", "Mac", "remove", "0"}),
        TStep({"paths", "Mac", "reset"}, 0, "Path items of 'Mac': 66\n  0  include  /usr/include  *\n…")});
   EXPECT_FALSE(Matches(ReadWholeFile(Settings), "…ProfileSDKs\\Box 2…"));
   EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…[ProfileSDKs\\Box]\nPathCount=0\n…");
