@@ -1,7 +1,7 @@
-// Settings-store benchmark (Part 2.1 on the reference Linux host): the file store alone
-// (TIniFile load / save of the Part 2.1 layout) and the whole load / save path of the
-// manager (TRemoteProfileManager::Create, SaveOptions + UpdateFile), which also reads and
-// writes one profile file per profile through the agent library (Part 2.2).
+// Settings-store benchmark on the reference Linux host: the file store alone (TIniFile load /
+// save of the "RemoteProfiles" layout) and the whole load / save path of the manager
+// (TRemoteProfileManager::Create, SaveOptions + UpdateFile), which also reads and writes one
+// profile file per profile through the agent library.
 // Figures and the command: BENCHMARKS.md, section "Settings store".
 #include <benchmark/benchmark.h>
 
@@ -51,7 +51,7 @@ TBenchDir& BenchDir() {
   return Dir;
 }
 
-/// Writes one profile's values in SaveProfile's order (Part 2.1), without the manager.
+/// Writes one profile's values in SaveProfile's order, without the manager.
 void WriteProfileValues(TIniFile& Ini, int I) {
   const std::string Section = "RemoteProfiles\\" + ProfileName(I);
   Ini.WriteString(Section, "Platform", Platforms[I % 5]);
@@ -69,7 +69,7 @@ void WriteProfileValues(TIniFile& Ini, int I) {
   }
 }
 
-/// A settings file of Count profiles in the Part 2.1 layout (store only).
+/// A settings file of Count profiles in the "RemoteProfiles" layout (store only).
 std::string StoreFile(int Count) {
   static std::map<int, std::string> Made;
   auto It = Made.find(Count);

@@ -41,7 +41,7 @@ class TAppContext {
   /// The live profile named Name (any case), or nullptr after "No profile named '%s'".
   IOTARemoteProfilePtr FindProfile(const std::string& Name);
 
-  /// Part 6.1 accept (NotifyRenames, Assign, WriteEnvOptions), then the file is written.
+  /// The options page's accept (NotifyRenames, Assign, WriteEnvOptions), then the file is written.
   bool Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames);
   /// The live manager's own change committed: SaveOptions, then the file is written.
   bool SaveLive();

@@ -1,6 +1,6 @@
 // zephprof: paths (a profile's remote SDK path items, kept in the reference host's SDK store,
-// hosts/linux/ProfileSdkStore.h) and default-paths (a platform's default set, Part 2.3);
-// export and import of profile files (Parts 2.2, 6.1).
+// hosts/linux/ProfileSdkStore.h) and default-paths (the set a platform's new profiles start
+// with); export and import of profile files.
 #include <filesystem>
 #include <memory>
 #include <ostream>
@@ -69,10 +69,10 @@ int DefaultPaths(TAppContext& C, const std::string& Platform, const std::string&
   const IOTARemoteProfilePtr P = C.FindProfile(SaveFrom);
   if (!P) return ExitFailed;
   SetDefaultPaths(Platform, C.Sdks().PathItemsOf(P));  // says "Saved default paths to %s" itself
-  // Part 2.3 step 1: path items are never read back from that file, so from now on the
-  // platform's default set is empty.
+  // Path items are never read back from the default-path file, so from now on the platform's
+  // default set is empty.
   C.Error(Format("note: new profiles of %s will now start with no path items, not with this set: a platform "
-                 "whose default-path file exists has an empty default set (spec Part 2.3); that lasts until %s "
+                 "whose default-path file exists has an empty default set; that lasts until %s "
                  "is removed",
                  {Platform, GetDefaultPathsFileName(Platform)}));
   return ExitOk;
@@ -163,7 +163,7 @@ void AddPathCommands(CLI::App& App, TAction& Action) {
       "The set new profiles of the platform start with: the built-in list (OSX32, iOSDevice and\n"
       "iOSSimulator have one), or an EMPTY set once the platform's default-path file\n"
       "(DATA/PLATFORM.defaultprofilepaths) exists, because path items are never read back from\n"
-      "that file (spec Part 2.3). So --save-from writes the profile's items to that file, and\n"
+      "that file. So --save-from writes the profile's items to that file, and\n"
       "new profiles of the platform then start with no path items until the file is removed.\n"
       "Example:\n  zephprof default-paths OSX32\n  zephprof default-paths OSX32 --save-from \"Build Mac\"");
   DefaultsCmd->callback([&Action, Platform, SaveFrom] {

@@ -1,5 +1,5 @@
 // zephprof: list, show, add, copy, rename, remove, set, default — the options page and the
-// new-profile wizard (Parts 6.1, 6.2) through src/ui/ProfileCommands, committed to the store.
+// new-profile wizard through src/ui/ProfileCommands, committed to the store.
 #include <filesystem>
 #include <memory>
 #include <ostream>
@@ -195,7 +195,8 @@ int Set(TAppContext& C, const TSetArgs& A, bool HostGiven, bool PortGiven) {
   }
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   const IOTARemoteProfilePtr P = Copy->GetProfile(A.Name);
-  // Part 6.1 CommitProperties' order: platform, host name, port number, credential, the rest.
+  // The order the options page commits a profile's properties in: platform, host name, port
+  // number, credential, the rest.
   if (!A.Platform.empty()) P->SetPlatformName(A.Platform);
   P->BeginUpdate();
   if (HostGiven) P->SetHostName(A.Host);

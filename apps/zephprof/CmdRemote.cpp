@@ -1,5 +1,5 @@
-// zephprof: the remote operations of a profile — test (Part 3.1), update-cache (3.3), put and
-// rm (3.2), env, expand, exists, ls, symlink (3.4) and run (3.5) — each one call of the manager.
+// zephprof: the remote operations of a profile — test, update-cache, put and rm, the queries
+// env, expand, exists, ls and symlink, and run — each one call of the manager.
 #include <memory>
 #include <ostream>
 
@@ -11,14 +11,14 @@
 
 namespace {
 
-/// Why a query of Part 3.4 got nothing: its shared client was not connected afterwards
+/// Why a remote query got nothing: its shared client was not connected afterwards
 /// (then the agent's text, or the connection-failed text), or the agent's last error.
 struct TQueryState {
   bool Connected = false;
   std::string LastError;
 };
 
-/// Runs Query between BeginOperation and EndOperation (Part 3.1), so that the profile's
+/// Runs Query between BeginOperation and EndOperation, so that the profile's
 /// shared client is still there to be asked afterwards whether it connected.
 template <class TQuery>
 TQueryState Bracketed(TAppContext& C, const IOTARemoteProfilePtr& P, TQuery&& Query) {
@@ -89,7 +89,7 @@ bool ParseItem(const std::string& Text, TOTARemoteProfilePathItem& Item) {
 int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::string>& ItemTexts) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
-  // Part 3.3 pulls the items of the host's platform SDK: on the reference host the profile's
+  // A cache pull takes the items of the host's platform SDK: on the reference host the profile's
   // entry in the SDK store (hosts/linux/ProfileSdkStore.h), or the --item ones of this run.
   IOTAPlatformSDKPtr SDK = std::make_shared<TProfilePlatformSDK>(P, C.SdksPtr());
   if (!ItemTexts.empty()) {
@@ -132,7 +132,7 @@ int Env(TAppContext& C, const std::string& Name) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
   const std::vector<std::string> Variables = C.Live()->GetEnvironmentVariables(P, nullptr);
-  // Part 3.4: a failed connection comes back as the one variable "_" holding the error.
+  // A failed connection comes back as the one variable "_" holding the error.
   if (Variables.size() == 1 && Variables[0].rfind("_=", 0) == 0)
     return ReportFailure(C, Variables[0].substr(2));
   TJsonObject Object;

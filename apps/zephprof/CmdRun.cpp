@@ -1,4 +1,4 @@
-// zephprof: run — start a program on the remote machine of a profile (Part 3.5).
+// zephprof: run — start a program on the remote machine of a profile.
 #include <memory>
 #include <ostream>
 
@@ -36,8 +36,8 @@ int Run(TAppContext& C, const TRunArgs& A) {
   for (const std::string& Argument : A.Arguments) Parameters += (Parameters.empty() ? "" : " ") + ShellWord(Argument);
   std::string ErrorText;
   std::int32_t ProcessNumber = 0;
-  // Part 3.5's strings: A program, B parameters, C working directory, D output file,
-  // E launcher (none), F input file; the manager hands them on in the agent's order.
+  // Program, parameters, working directory, output file, launcher (none), input file: the
+  // manager hands them on in the agent's order.
   const bool Started = C.Live()->Run(P, A.Program, Parameters, A.Cwd, A.Output, "",
                                      A.Environment.empty() ? nullptr : &A.Environment, A.Input, ErrorText,
                                      ProcessNumber, nullptr);

@@ -98,7 +98,7 @@ bool ReadCredential(TAppContext& Context, const TCredentialArgs& Args, bool Prom
       Context.Error(Format("Password file '%s' does not exist", {Args.PassFile}));
       return false;
     }
-    // Part 6.2 GetData: a password file is the file's name, not a password, stored as it is.
+    // As the wizard stores it: a password file is the file's name, not a password, stored as it is.
     Credential = {std::filesystem::absolute(Args.PassFile).string(), false, true};
     return true;
   }
@@ -117,7 +117,7 @@ bool ReadCredential(TAppContext& Context, const TCredentialArgs& Args, bool Prom
     Given = false;
     return true;
   }
-  // A typed password: not in stored form yet, so Part 2.1 enciphers it when saving.
+  // A typed password: not in stored form yet, so saving the profile enciphers it.
   Credential = {Password, true, false};
   return true;
 }

@@ -18,7 +18,7 @@ void AddFileCommands(CLI::App& App, TAction& Action);     // export import
 void AddRemoteCommands(CLI::App& App, TAction& Action);   // test update-cache put rm env expand exists ls symlink run
 
 // ---- shared by the commands (CommandSupport.cpp) ----------------------------------------
-/// "include", "library", "framework", "other" (Part 1.1 types 0 to 3), else the number.
+/// "include", "library", "framework", "other" (types 0 to 3), else the number.
 std::string PathTypeName(TOTAPathItemType Type);
 /// A type by name or number 0 to 3; false when it names none.
 bool ParsePathType(const std::string& Text, TOTAPathItemType& Type);

@@ -16,7 +16,7 @@ TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& Data
   Options.ProgressDisplay = std::move(Progress);
   const TLinuxHost Host = InstallLinuxHost(Options);
   LoadError = Host.SettingsLoadError;
-  // Part 7.1: the manager's unit starts (ZEPHPROFILESDIR, the project monitor).
+  // The manager's unit starts (ZEPHPROFILESDIR, the project monitor).
   RemoteProfileManagerStartup();
   return Host.Settings;
 }

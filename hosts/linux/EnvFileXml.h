@@ -1,4 +1,4 @@
-// The build-environment file's content (Parts 1.2 WriteEnvOptions, 7.1): an MSBuild
+// The build-environment file's content (what WriteEnvOptions updates): an MSBuild
 // project of property groups, each with a condition and properties, kept in file order.
 // Reads back the subset of XML that Render writes (with comments and blanks anywhere).
 #pragma once

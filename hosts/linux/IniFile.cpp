@@ -1,4 +1,4 @@
-// Part 2.1 "Left to the implementer": the reference host's settings store.
+// The reference host's settings store: a text file held in memory, written back on request.
 #include "hosts/linux/IniFile.h"
 
 #include <algorithm>

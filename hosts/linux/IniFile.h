@@ -1,5 +1,5 @@
-// The reference host's settings store (Part 2.1 "Left to the implementer": the concrete
-// store): TCustomIniFile over a text file, held in memory and written back on request.
+// The reference host's settings store: TCustomIniFile over a text file, held in memory and
+// written back on request.
 //
 // File format (full description: docs/settings-file-format.md). UTF-8 text, one item a line:
 //

@@ -1,6 +1,6 @@
 // The text format of the reference host's settings file (docs/settings-file-format.md):
 // escaping of section names, value names and values, and the case-insensitive hashing
-// the store indexes them with. Part 2.1 "Left to the implementer": the concrete store.
+// the store indexes them with.
 #pragma once
 
 #include <cstddef>

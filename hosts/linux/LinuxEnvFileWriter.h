@@ -1,4 +1,4 @@
-// The reference host's build-environment file writer (Parts 1.2 WriteEnvOptions, 7.1):
+// The reference host's build-environment file writer (what WriteEnvOptions writes through):
 // an MSBuild project file of property groups, by default "environment.proj" next to the
 // settings file, that builds started outside the user interface import.
 #pragma once

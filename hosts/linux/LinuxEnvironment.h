@@ -1,6 +1,5 @@
-// The reference host's environment (Overview "Platform interfaces": host environment;
-// Part 7.1): XDG directories of the product "zephprof", the environment-variable list and
-// root macros. Choices recorded in docs/DECISIONS.md.
+// The reference host's environment: XDG directories of the product "zephprof", the
+// environment-variable list and root macros. Choices recorded in docs/DECISIONS.md.
 #pragma once
 
 #include <map>

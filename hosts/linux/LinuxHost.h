@@ -1,5 +1,5 @@
-// The reference Linux host put together (Overview "Platform interfaces"; Part 7.1's host
-// side): the settings file, XDG directories, platforms, build-environment file and the
+// The reference Linux host put together, everything the system needs from its host: the
+// settings file, XDG directories, platforms, build-environment file and the
 // Hestrel agent library, installed as the process's THostServices.
 #pragma once
 
@@ -30,7 +30,7 @@ struct TLinuxHost {
   /// Why the settings file could not be loaded ("" when it loaded or did not exist). The
   /// store is then empty and refuses UpdateFile; a front end reports this and stops (as
   /// zephprof does). Going on would not be read-only: the refusal guards only the settings
-  /// file, and a change would still write profile files (Part 2.2) and environment.proj.
+  /// file, and a change would still write profile files and environment.proj.
   std::string SettingsLoadError;
   std::shared_ptr<TLinuxEnvironment> Environment;      ///< Services.Environment
   std::shared_ptr<TLinuxEnvFileWriter> EnvFileWriter;  ///< Services.EnvFileWriter
@@ -38,6 +38,6 @@ struct TLinuxHost {
 
 /// Loads the settings file, makes its directory (mode 0700) when missing, builds the host
 /// services and installs them with SetHostServices. The manager is not created here; the
-/// first RemoteProfileMgr() does that with Services.AppIniFile (Part 1.2). Front ends call
+/// first RemoteProfileMgr() does that with Services.AppIniFile. Front ends call
 /// Settings->UpdateFile() after an operation that writes (the manager never commits).
 TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options = {});

@@ -1,6 +1,6 @@
-// The reference host's platform services (Parts 2.3 GetPlatformDisplayName, 1.2
-// WriteEnvOptions, 4.1): a fixed list of platform identifiers with display names and the
-// answers to "does this platform need a profile to compile / to run".
+// The reference host's platform services: a fixed list of platform identifiers (the list
+// WriteEnvOptions walks) with display names (for GetPlatformDisplayName) and the answers to
+// "does this platform need a profile to compile / to run".
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ class TLinuxPlatformServices : public IOTAPlatformServices {
     bool ProfileRequiredToCompile;
     bool ProfileRequiredToRun;
   };
-  /// The host's platforms in the host's order (docs/DECISIONS.md, Part 7.1 platforms).
+  /// The host's platforms in the host's order (docs/DECISIONS.md).
   static const std::vector<TPlatformInfo>& Platforms();
 
   std::vector<std::string> GetAllPlatforms() const override;

@@ -1,6 +1,6 @@
-// Part 3.1 / 3.3 on the reference host: the platform SDK of a profile, so that a profile's
-// local file cache can be updated without an IDE (SetPlatformSDK, then GetProfileFiles).
-// Part 3.1 leaves the SDK's properties to the implementer.
+// The reference host's platform SDK of a profile, so that a profile's local file cache can
+// be updated without an IDE (SetPlatformSDK, then GetProfileFiles). The SDK's system root
+// and path items come from the profile, as below.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,5 @@
-// The reference host's platform SDKs (Part 3.3 reads a cache pull's path items from the
-// host's platform SDK, not from the profile): one set of SDK path items per profile, kept in
+// The reference host's platform SDKs (a cache pull reads its path items from the host's
+// platform SDK, not from the profile): one set of SDK path items per profile, kept in
 // the host's settings store so that they outlive a run. In an IDE the SDK manager keeps
 // them; here it is this store, in section "ProfileSDKs\" + profile name:
 //
@@ -10,10 +10,11 @@
 //   IncludeSubDir0=1
 //   Type0=0
 //
-// The values have the names, types and formats of Part 2.1's path items; "PathCount" is
-// always written, so an entry with no items still exists. The store never touches the
-// "RemoteProfiles" sections (the manager's, which SaveOptions erases and rewrites), and it
-// commits nothing: the front end's UpdateFile writes it with everything else.
+// The values have the names, types and formats of a profile's path items in its
+// "RemoteProfiles" section; "PathCount" is always written, so an entry with no items still
+// exists. The store never touches the "RemoteProfiles" sections (the manager's, which
+// SaveOptions erases and rewrites), and it commits nothing: the front end's UpdateFile
+// writes it with everything else.
 #pragma once
 
 #include <memory>
@@ -43,7 +44,7 @@ class TProfileSdkStore : public IOTARemoteProfileNotifier {
 
   /// Registered on the live manager (AddNotifier), it follows every change however made:
   /// an added profile without an entry gets one from its own path items, or the
-  /// platform's default set (Part 2.3 GetDefaultPaths) when it has none; a rename moves the
+  /// platform's default set (GetDefaultPaths) when it has none; a rename moves the
   /// entry (a change of letter case only too); a removal erases it; a change does nothing.
   void ProfileRenamed(const IOTARemoteProfilePtr& Profile, const std::string& OldName) override;
   void ProfileChanged(const IOTARemoteProfilePtr& Profile) override;

@@ -51,7 +51,7 @@ bool TTerminalProgress::UpdateProgress(TOTAProgressType ProgressType, std::int32
     case ptStart: Start(Count, Text); break;
     case ptProgress: Step(Index, Count, Text, Detail1, Detail2, Position); break;
     case ptError:
-      // Part 6.4: an empty error text is logged as "Unknown Error".
+      // An empty error text is logged as "Unknown Error", as the progress window does.
       FErrors.push_back(Text.empty() ? "Unknown Error" : Text);
       break;
     case ptFinished:
@@ -84,7 +84,7 @@ void TTerminalProgress::Start(std::int32_t Count, const std::string& Title) {
 
 void TTerminalProgress::Step(std::int32_t Index, std::int32_t Count, const std::string& Text,
                              const std::string& Detail1, const std::string& Detail2, std::int32_t Position) {
-  // Known counts move the overall bar (Part 6.4 step 2); -1 means "not given".
+  // Known counts move the overall bar; -1 means "not given".
   const bool Known = Index != -1 && Count != -1;
   if (Known) {
     FIndex = Index;

@@ -1,4 +1,4 @@
-// The reference host's progress display on a terminal (IProgressDisplay, Parts 3.1, 6.4):
+// The reference host's progress display on a terminal (IProgressDisplay):
 // a bar with the overall items, the current file and its bytes on a terminal; one line per
 // finished step otherwise. Ctrl-C (SIGINT) makes UpdateProgress answer false, which cancels
 // the way the progress window's Cancel does. Errors (notice type 2) are collected and

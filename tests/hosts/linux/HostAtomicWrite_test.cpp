@@ -1,90 +1,65 @@
 #include "hosts/linux/HostAtomicWrite.h"
 
-#include <filesystem>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include "TempDir.h"
+#include "HostTestSupport.h"
+#include "hosts/linux/IniFile.h"
 
 using namespace LinuxHost;
 
-namespace {
-mode_t ModeOf(const std::string& FileName) {
-  struct stat Info {};
-  EXPECT_EQ(::stat(FileName.c_str(), &Info), 0);
-  return Info.st_mode & 07777;
+using HostAtomicWrite = THostFilesTest;
+
+TEST_F(HostAtomicWrite, ANewFileGetsTheCreateModeAnExistingOneKeepsWhatTheMaskAllows) {
+  const struct {
+    bool SettingsStore;  // written by the settings store, which holds enciphered passwords
+    bool ThroughLink;    // written through a symbolic link, which stays
+    mode_t Existing, CreateMode, KeepMask, Expected;
+  } Cases[] = {
+      {false, false, 0, 0640, 07777, 0640},   {false, false, 0640, 0600, 07777, 0640},
+      {false, false, 0664, 0600, 0600, 0600}, {true, false, 0, 0, 0, 0600},
+      {true, false, 0755, 0, 0, 0600},        {true, false, 0400, 0, 0, 0400},
+      {true, true, 0644, 0, 0, 0600},
+  };
+  for (const auto& C : Cases) {
+    std::filesystem::remove(At("a.txt"));
+    std::filesystem::remove(At("link.txt"));
+    if (C.Existing) {
+      WriteFileText(At("a.txt"), "[S]\nold=1\n");
+      ::chmod(At("a.txt").c_str(), C.Existing);
+    }
+    if (C.ThroughLink) std::filesystem::create_symlink("a.txt", At("link.txt"));
+    const std::string File = At(C.ThroughLink ? "link.txt" : "a.txt");
+    if (C.SettingsStore) {
+      TIniFile Ini(File);
+      Ini.WriteString("S", "k", "new");
+      ASSERT_TRUE(Ini.UpdateFile().Ok());
+    } else {
+      ASSERT_TRUE(AtomicWriteFile(File, "[S]\nk=new\n", C.CreateMode, C.KeepMask).Ok());
+    }
+    EXPECT_NE(ReadFileText(At("a.txt")).find("[S]\nk=new\n"), std::string::npos);
+    EXPECT_EQ(ModeOf(At("a.txt")), C.Expected) << std::oct << C.Existing << " " << C.CreateMode << " " << C.KeepMask;
+    EXPECT_EQ(std::filesystem::is_symlink(File), C.ThroughLink);
+  }
 }
 
-/// Removes the shared helper's hook even when an assertion fails.
-struct THookGuard {
-  explicit THookGuard(hestrel::TAtomicWriteHook Hook) { hestrel::SetAtomicWriteHookForTesting(std::move(Hook)); }
-  ~THookGuard() { hestrel::SetAtomicWriteHookForTesting(nullptr); }
-};
-}  // namespace
-
-TEST(AtomicFile, NewFileGetsCreateModeAndContent) {
-  TTempDir Dir;
-  const std::string File = Dir / "a.txt";
-  ASSERT_TRUE(AtomicWriteFile(File, "hello\n", 0600).Ok());
-  EXPECT_EQ(ReadFileText(File), "hello\n");
-  EXPECT_EQ(ModeOf(File), 0600u);
-}
-
-TEST(AtomicFile, ExistingFileKeepsItsMode) {
-  TTempDir Dir;
-  const std::string File = Dir / "a.txt";
-  WriteFileText(File, "old");
-  ::chmod(File.c_str(), 0640);
-  ASSERT_TRUE(AtomicWriteFile(File, "new", 0600).Ok());
-  EXPECT_EQ(ReadFileText(File), "new");
-  EXPECT_EQ(ModeOf(File), 0640u);
-}
-
-TEST(AtomicFile, KeepMaskClearsBitsOfAnExistingMode) {
-  TTempDir Dir;
-  const std::string File = Dir / "a.txt";
-  WriteFileText(File, "old");
-  ::chmod(File.c_str(), 0664);
-  ASSERT_TRUE(AtomicWriteFile(File, "new", 0600, 0600).Ok());
-  EXPECT_EQ(ModeOf(File), 0600u);
-  const std::string Fresh = Dir / "b.txt";
-  ASSERT_TRUE(AtomicWriteFile(Fresh, "new", 0640, 0600).Ok());  // a new file gets CreateMode
-  EXPECT_EQ(ModeOf(Fresh), 0640u);
-}
-
-TEST(AtomicFile, FailureBeforeRenameKeepsOldContentAndRemovesTemporaryFile) {
-  TTempDir Dir;
-  const std::string File = Dir / "a.txt";
-  WriteFileText(File, "old content");
-  std::string SeenTemp;
-  THookGuard Guard([&](const std::string& Temp, const std::string&) {
-    SeenTemp = Temp;
-    EXPECT_EQ(ReadFileText(Temp), "new content");  // written in full before the failure
-    return std::string("disk full (simulated)");
+TEST_F(HostAtomicWrite, AFailedWriteNamesTheFileAndKeepsTheOldOneWithoutATemporaryFile) {
+  const std::string File = At("settings.ini");
+  WriteFileText(File, "[S]\nk=old\n");
+  const TIniFilePtr Ini = TIniFile::Load(File).File;
+  Ini->WriteString("S", "k", "new");
+  std::string Temporary;
+  hestrel::SetAtomicWriteHookForTesting([&](const std::string& Temp, const std::string&) {
+    Temporary = Temp;
+    EXPECT_EQ(ReadFileText(Temp), Ini->GetText());  // written in full before the failure
+    return std::string("No space left on device");
   });
-  const TAtomicWriteResult Result = AtomicWriteFile(File, "new content");
-  EXPECT_EQ(Result.Error, "Cannot save '" + File + "': disk full (simulated)");
-  EXPECT_EQ(ReadFileText(File), "old content");
-  EXPECT_FALSE(std::filesystem::exists(SeenTemp));
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Dir.Path), {}), 1);
-}
-
-TEST(AtomicFile, MissingDirectoryIsReportedWithTheFileName) {
-  TTempDir Dir;
-  const std::string File = Dir / "no/such/dir/a.txt";
-  const TAtomicWriteResult Result = AtomicWriteFile(File, "x");
-  EXPECT_EQ(Result.Error, "Cannot save '" + File + "': cannot create a temporary file in '" + (Dir / "no/such/dir") +
-                              "': No such file or directory");
-}
-
-TEST(AtomicFile, SymbolicLinkIsFollowedAndKept) {
-  TTempDir Dir;
-  const std::string Real = Dir / "real.ini";
-  const std::string Link = Dir / "link.ini";
-  WriteFileText(Real, "old");
-  std::filesystem::create_symlink("real.ini", Link);
-  ASSERT_TRUE(AtomicWriteFile(Link, "new").Ok());
-  EXPECT_TRUE(std::filesystem::is_symlink(Link));
-  EXPECT_EQ(ReadFileText(Real), "new");
+  const std::string Error = Ini->UpdateFile().Error;
+  hestrel::SetAtomicWriteHookForTesting(nullptr);
+  EXPECT_EQ(Error, "Cannot save '" + File + "': No space left on device");
+  EXPECT_EQ(ReadFileText(File), "[S]\nk=old\n");
+  EXPECT_FALSE(Temporary.empty() || std::filesystem::exists(Temporary));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Dir), {}), 1);
+  ASSERT_TRUE(Ini->UpdateFile().Ok());  // memory kept the change for a retry
+  EXPECT_EQ(TIniFile::Load(File).File->ReadString("S", "k", ""), "new");
+  const std::string Missing = At("no/such/dir/a.txt");
+  EXPECT_EQ(AtomicWriteFile(Missing, "x").Error, "Cannot save '" + Missing + "': cannot create a temporary file in '" +
+                                                     At("no/such/dir") + "': No such file or directory");
 }

@@ -1,130 +1,105 @@
 #include "hosts/linux/LinuxEnvFileWriter.h"
 
-#include <filesystem>
+#include <array>
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include "TempDir.h"
+#include "HostTestSupport.h"
 
 namespace {
-const std::string Head =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-    "<Project xmlns=\"http://schemas.microsoft.com/developer/msbuild/2003\">\n";
-}
+class EnvFileWriter : public THostFilesTest {
+ protected:
+  /// One save bracket of a new writer: each update sets a property of the group of a condition.
+  std::string Save(const std::vector<std::array<std::string, 3>>& Updates) {
+    TLinuxEnvFileWriter Writer(File);
+    Writer.BeginEnvFileSave();
+    for (const auto& [Condition, Name, Value] : Updates) {
+      Writer.SetCurrentPropertyGroup(Condition);
+      Writer.UpdateEnvFile(Name, Value);
+    }
+    Writer.EndEnvFileSave();
+    return Writer.GetLastError();
+  }
+  const std::string File = At("environment.proj");
+  const std::string Head =
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+      "<Project xmlns=\"http://schemas.microsoft.com/developer/msbuild/2003\">\n";
+  const std::string OSX32 = "'$(Platform)'=='OSX32'", Linux64 = "'$(Platform)'=='Linux64'",
+                    Android = "'$(Platform)'=='Android'";
+};
+}  // namespace
 
-TEST(EnvFileWriter, WritesConditionedPropertyGroups) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
-  TLinuxEnvFileWriter Writer(File);
-  Writer.BeginEnvFileSave();
-  Writer.SetCurrentPropertyGroup("'$(Profile)'=='' And '$(Platform)'=='OSX32'");
-  Writer.UpdateEnvFile("Profile", "Mac & <Co> \"1\"");
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='Android'");
-  Writer.UpdateEnvFile("DefaultProfile", "");  // nothing to remove: no group written
-  Writer.EndEnvFileSave();
-  EXPECT_EQ(Writer.GetLastError(), "");
-  EXPECT_EQ(ReadFileText(File), Head +
-                                    "  <PropertyGroup Condition=\"'$(Profile)'=='' And '$(Platform)'=='OSX32'\">\n"
-                                    "    <Profile>Mac &amp; &lt;Co&gt; &quot;1&quot;</Profile>\n"
-                                    "  </PropertyGroup>\n"
-                                    "</Project>\n");
-  struct stat Info {};
-  ASSERT_EQ(::stat(File.c_str(), &Info), 0);
-  EXPECT_EQ(Info.st_mode & 07777, 0600u);
-}
-
-TEST(EnvFileWriter, UpdatesKeepOtherGroupsAndEmptyValueRemovesTheProperty) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
-  TLinuxEnvFileWriter Writer(File);
-  Writer.BeginEnvFileSave();
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
-  Writer.UpdateEnvFile("DefaultProfile", "Mac");
-  Writer.UpdateEnvFile("Other", "kept");
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='Linux64'");
-  Writer.UpdateEnvFile("DefaultProfile", "Box");
-  Writer.EndEnvFileSave();
-
-  TLinuxEnvFileWriter Again(File);  // a new writer reads what the first wrote
-  Again.BeginEnvFileSave();
-  Again.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
-  Again.UpdateEnvFile("DefaultProfile", "");
-  Again.SetCurrentPropertyGroup("'$(Platform)'=='Linux64'");
-  Again.UpdateEnvFile("DefaultProfile", "");
-  Again.SetCurrentPropertyGroup("'$(Platform)'=='Android'");
-  Again.UpdateEnvFile("DefaultProfile", "Phone\nTwo\tTabs");
-  Again.EndEnvFileSave();
-  EXPECT_EQ(Again.GetLastError(), "");
+TEST_F(EnvFileWriter, UpdatesKeepOtherPropertiesAndAnEmptyValueRemovesOne) {
+  EXPECT_EQ(Save({{OSX32, "DefaultProfile", "Mac"},
+                  {OSX32, "_a.b-1", "kept"},
+                  {Linux64, "DefaultProfile", "Box"},
+                  {Android, "DefaultProfile", ""}}),
+            "");
+  EXPECT_EQ(Save({{OSX32, "DefaultProfile", ""},
+                  {Linux64, "DefaultProfile", ""},
+                  {Android, "DefaultProfile", "Phone & <Co> \"1\"\r\nTwo\tTabs\x01\x7f"}}),
+            "");
   EXPECT_EQ(ReadFileText(File), Head +
                                     "  <PropertyGroup Condition=\"'$(Platform)'=='OSX32'\">\n"
-                                    "    <Other>kept</Other>\n"
+                                    "    <_a.b-1>kept</_a.b-1>\n"
                                     "  </PropertyGroup>\n"
                                     "  <PropertyGroup Condition=\"'$(Platform)'=='Android'\">\n"
-                                    "    <DefaultProfile>Phone&#10;Two&#9;Tabs</DefaultProfile>\n"
+                                    "    <DefaultProfile>Phone &amp; &lt;Co&gt; &quot;1&quot;&#13;&#10;Two&#9;Tabs"
+                                    "</DefaultProfile>\n"
                                     "  </PropertyGroup>\n"
                                     "</Project>\n");
+  EXPECT_EQ(ModeOf(File), 0600u);
 }
 
-TEST(EnvFileWriter, ReadsHandEditedFileWithCommentsAndEntities) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
+TEST_F(EnvFileWriter, AHandEditedFileIsReadWithCommentsAndEntities) {
   WriteFileText(File,
                 "<?xml version='1.0'?>\n<!-- mine -->\n<Project xmlns='x'>\n"
-                "  <PropertyGroup><Plain>a&#x41;&#66;&apos;</Plain><Empty/></PropertyGroup>\n"
+                "  <PropertyGroup><Plain>a&#x41;&#66;&apos;&#xE9;&#x65E5;&#x1F600;</Plain><Empty/></PropertyGroup>\n"
                 "  <PropertyGroup Condition=\"'$(Platform)'=='OSX32'\" >\n"
                 "    <!-- c --><DefaultProfile>Mac</DefaultProfile >\n  </PropertyGroup>\n</Project>\n");
-  TLinuxEnvFileWriter Writer(File);
-  Writer.BeginEnvFileSave();
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
-  Writer.UpdateEnvFile("DefaultProfile", "Mac2");
-  Writer.EndEnvFileSave();
-  EXPECT_EQ(Writer.GetLastError(), "");
+  EXPECT_EQ(Save({{OSX32, "DefaultProfile", "Mac2"}}), "");
   EXPECT_EQ(ReadFileText(File), Head +
-                                    "  <PropertyGroup>\n    <Plain>aAB'</Plain>\n    <Empty></Empty>\n"
+                                    "  <PropertyGroup>\n    <Plain>aAB'é日😀</Plain>\n    <Empty></Empty>\n"
                                     "  </PropertyGroup>\n"
                                     "  <PropertyGroup Condition=\"'$(Platform)'=='OSX32'\">\n"
                                     "    <DefaultProfile>Mac2</DefaultProfile>\n  </PropertyGroup>\n</Project>\n");
 }
 
-TEST(EnvFileWriter, DamagedFileIsReportedAndNotReplaced) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
-  const std::string Damaged = "<Project>\n  <PropertyGroup>\n    <Profile>Mac</Prof>\n";
-  WriteFileText(File, Damaged);
-  TLinuxEnvFileWriter Writer(File);
-  Writer.BeginEnvFileSave();
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
-  Writer.UpdateEnvFile("DefaultProfile", "Mac");
-  Writer.EndEnvFileSave();
-  EXPECT_EQ(Writer.GetLastError(),
-            "Build-environment file '" + File + "' is damaged: line 3: expected </Profile>; it was not changed");
-  EXPECT_EQ(ReadFileText(File), Damaged);
+TEST_F(EnvFileWriter, ADamagedFileOrABadPropertyNameIsReportedAndNothingIsWritten) {
+  const std::pair<std::string, std::string> Damaged[] = {
+      {"<Project>\n  <PropertyGroup>\n    <Profile>Mac</Prof>\n", "line 3: expected </Profile>"},
+      {"<Other/>", "line 1: the root element must be <Project>"},
+      {"<Project>\n<ItemGroup/>\n</Project>", "line 2: <ItemGroup> is not supported here; only <PropertyGroup> is"},
+      {"<Project>\n<PropertyGroup>\n<A>&bogus;</A>", "line 3: unknown entity &bogus;"},
+      {"<Project>\n<PropertyGroup>\n<A>&#0;</A>", "line 3: bad character reference"},
+      {"<Project></Project>\nx", "line 2: text after </Project>"},
+      {"<Project>\n<!-- open", "line 2: unterminated comment or declaration"},
+  };
+  for (const auto& [Text, Reason] : Damaged) {
+    WriteFileText(File, Text);
+    EXPECT_EQ(Save({{OSX32, "DefaultProfile", "Mac"}}),
+              "Build-environment file '" + File + "' is damaged: " + Reason + "; it was not changed");
+    EXPECT_EQ(ReadFileText(File), Text);
+  }
+  std::filesystem::remove(File);
+  for (const std::string Name : {"Bad Name", "1a", "a:b", ""}) {
+    EXPECT_EQ(Save({{OSX32, Name, "x"}}),
+              "Build-environment file '" + File + "': '" + Name + "' is not a property name");
+    EXPECT_FALSE(std::filesystem::exists(File));
+  }
 }
 
-TEST(EnvFileWriter, NothingChangedWritesNothingAndOutsideABracketIsIgnored) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
+TEST_F(EnvFileWriter, NothingIsWrittenOutsideABracketOrWithoutAChange) {
   TLinuxEnvFileWriter Writer(File);
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
+  Writer.SetCurrentPropertyGroup(OSX32);
   Writer.UpdateEnvFile("DefaultProfile", "Mac");  // no bracket: ignored
   Writer.BeginEnvFileSave();
   Writer.BeginEnvFileSave();  // nested: one file write at the outer end
-  Writer.SetCurrentPropertyGroup("'$(Platform)'=='OSX32'");
+  Writer.SetCurrentPropertyGroup(OSX32);
   Writer.UpdateEnvFile("DefaultProfile", "");
   Writer.EndEnvFileSave();
   Writer.EndEnvFileSave();
   EXPECT_FALSE(std::filesystem::exists(File));
-}
-
-TEST(EnvFileWriter, InvalidPropertyNameIsRefused) {
-  TTempDir Dir;
-  const std::string File = Dir / "environment.proj";
-  TLinuxEnvFileWriter Writer(File);
-  Writer.BeginEnvFileSave();
-  Writer.SetCurrentPropertyGroup("");
-  Writer.UpdateEnvFile("Bad Name", "x");
-  Writer.EndEnvFileSave();
-  EXPECT_EQ(Writer.GetLastError(), "Build-environment file '" + File + "': 'Bad Name' is not a property name");
-  EXPECT_FALSE(std::filesystem::exists(File));
+  EXPECT_EQ(Save({{"", "Profile", "Mac"}}), "");
+  const std::string Written = ReadFileText(File);
+  EXPECT_EQ(Save({{"", "Profile", "Mac"}}), "");  // the same value again changes nothing
+  EXPECT_EQ(ReadFileText(File), Written);
 }

@@ -1,102 +1,54 @@
 // The reference host's terminal message box: texts, kinds, --yes / --no and the safe choice.
-#include <sstream>
-
 #include <gtest/gtest.h>
+
+#include <sstream>
 
 #include "hosts/linux/TerminalMessageBox.h"
 
-namespace {
-
-const TMsgDlgButtons YesNo{TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo};
-const TMsgDlgButtons OverwriteButtons{TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo, TMsgDlgBtn::mbCancel,
-                                      TMsgDlgBtn::mbNoToAll, TMsgDlgBtn::mbYesToAll};
-
-struct TTerminal {
-  explicit TTerminal(TAnswerMode Mode, bool Interactive = false, std::string Input = "")
-      : In(std::move(Input)), Box(Mode, Interactive, In, Out, Err) {}
-  std::istringstream In;
-  std::ostringstream Out, Err;
-  TTerminalMessageBox Box;
-};
-
-TEST(TerminalMessageBox, ErrorNoticeGoesToTheErrorStreamWithItsKind) {
-  TTerminal T(TAnswerMode::Ask);
-  EXPECT_EQ(T.Box.MessageDlg("Profile name cannot be blank", TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}),
-            TMsgDlgBtn::mbOK);
-  EXPECT_EQ(T.Err.str(), "Error: Profile name cannot be blank\n");
-  EXPECT_EQ(T.Out.str(), "");
+TEST(TerminalMessageBox, NoticesAreShownAndQuestionsAnsweredByModeTerminalOrSafeChoice) {
+  using enum TMsgDlgBtn;
+  using enum TAnswerMode;
+  const TMsgDlgButtons YesNo{mbYes, mbNo}, OkCancel{mbOK, mbCancel}, All{mbYes, mbNo, mbCancel, mbNoToAll, mbYesToAll};
+  const std::string Q = "|Confirm: A.\n\nB?\n", YN = "[Yes (y) / No (n)]? ", OC = "[OK (o) / Cancel (c)]? ",
+                    Choices = "[Yes (y) / No (n) / Cancel (c) / No to All (na) / Yes to All (ya)]? ";
+  const struct {
+    TAnswerMode Mode;
+    bool Interactive;
+    std::string Input;
+    TMsgDlgButtons Buttons;
+    TMsgDlgBtn Answer;
+    std::string Out, Err;  // "|": where the message was about to be shown
+  } Cases[] = {
+      {Ask, false, "", {mbOK}, mbOK, "", "|Error: A.\n\nB?\n"},
+      {AlwaysNo, false, "", {mbOK}, mbOK, "Information: A.\n\nB?\n", "|"},
+      {AlwaysYes, true, "n\n", YesNo, mbYes, "", Q + YN + "Yes (--yes)\n"},
+      {AlwaysYes, false, "", OkCancel, mbOK, "", Q + OC + "OK (--yes)\n"},
+      {AlwaysYes,
+       false,
+       "",
+       {mbNo, mbYesToAll},
+       mbYesToAll,
+       "",
+       Q + "[No (n) / Yes to All (ya)]? Yes to All (--yes)\n"},
+      {AlwaysNo, true, "y\n", YesNo, mbNo, "", Q + YN + "No (--no)\n"},
+      {AlwaysNo, false, "", OkCancel, mbCancel, "", Q + OC + "Cancel (--no)\n"},
+      {Ask, false, "y\n", YesNo, mbNo, "", Q + "No terminal to ask; answered No (use --yes or --no to answer)\n"},
+      {Ask, true, "maybe\n Yes to all \n", All, mbYesToAll, "",
+       Q + Choices + "Please answer one of the choices.\n" + Choices},
+      {Ask, true, " NA \n", All, mbNoToAll, "", Q + Choices},
+      {Ask, true, "C\n", OkCancel, mbCancel, "", Q + OC},
+      {Ask, true, "c\n", YesNo, mbNo, "", Q + YN + "Please answer one of the choices.\n" + YN + "\n(no answer: No)\n"},
+  };
+  for (const auto& C : Cases) {
+    std::istringstream In(C.Input);
+    std::ostringstream Out, Err;
+    TTerminalMessageBox Box(C.Mode, C.Interactive, In, Out, Err);
+    Box.SetBeforeShow([&] { Err << '|'; });
+    const TMsgDlgType Kind = C.Buttons.size() > 1 ? TMsgDlgType::mtConfirmation
+                             : C.Out.empty()      ? TMsgDlgType::mtError
+                                                  : TMsgDlgType::mtInformation;
+    EXPECT_EQ(Box.MessageDlg("A.\r\n\r\nB?", Kind, C.Buttons), C.Answer) << C.Err;
+    EXPECT_EQ(Out.str(), C.Out);
+    EXPECT_EQ(Err.str(), C.Err);
+  }
 }
-
-TEST(TerminalMessageBox, InformationNoticeGoesToTheOutput) {
-  TTerminal T(TAnswerMode::AlwaysNo);
-  EXPECT_EQ(T.Box.MessageDlg("Saved default paths to /x", TMsgDlgType::mtInformation, {TMsgDlgBtn::mbOK}),
-            TMsgDlgBtn::mbOK);
-  EXPECT_EQ(T.Out.str(), "Information: Saved default paths to /x\n");
-  EXPECT_EQ(T.Err.str(), "");
-}
-
-TEST(TerminalMessageBox, HostLineBreaksBecomeTerminalLineBreaks) {
-  EXPECT_EQ(TTerminalMessageBox::TerminalText("a.\r\n\r\nb"), "a.\n\nb");
-}
-
-TEST(TerminalMessageBox, YesAnswersEveryQuestionWithoutReading) {
-  TTerminal T(TAnswerMode::AlwaysYes, true, "n\n");
-  EXPECT_EQ(T.Box.MessageDlg("Sure?", TMsgDlgType::mtConfirmation, YesNo), TMsgDlgBtn::mbYes);
-  EXPECT_EQ(T.Err.str(), "Confirm: Sure?\n[Yes (y) / No (n)]? Yes (--yes)\n");
-  EXPECT_EQ(T.Box.MessageDlg("Replace?", TMsgDlgType::mtConfirmation, OverwriteButtons), TMsgDlgBtn::mbYes);
-}
-
-TEST(TerminalMessageBox, NoAnswersEveryQuestionWithTheSafeChoice) {
-  TTerminal T(TAnswerMode::AlwaysNo, true, "y\n");
-  EXPECT_EQ(T.Box.MessageDlg("Sure?", TMsgDlgType::mtConfirmation, YesNo), TMsgDlgBtn::mbNo);
-  EXPECT_EQ(T.Box.MessageDlg("Go?", TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbOK, TMsgDlgBtn::mbCancel}),
-            TMsgDlgBtn::mbCancel);
-}
-
-TEST(TerminalMessageBox, WithoutATerminalTheSafeChoiceIsTakenAndSaid) {
-  TTerminal T(TAnswerMode::Ask, false, "y\n");
-  EXPECT_EQ(T.Box.MessageDlg("Sure?", TMsgDlgType::mtConfirmation, YesNo), TMsgDlgBtn::mbNo);
-  EXPECT_EQ(T.Err.str(),
-            "Confirm: Sure?\nNo terminal to ask; answered No (use --yes or --no to answer)\n");
-}
-
-TEST(TerminalMessageBox, OnATerminalTheAnswerIsReadUntilItNamesAChoice) {
-  TTerminal T(TAnswerMode::Ask, true, "maybe\nYes to all\n");
-  EXPECT_EQ(T.Box.MessageDlg("Replace?", TMsgDlgType::mtConfirmation, OverwriteButtons), TMsgDlgBtn::mbYesToAll);
-  EXPECT_NE(T.Err.str().find("Please answer one of the choices."), std::string::npos);
-}
-
-TEST(TerminalMessageBox, ShortcutsNameTheirButtons) {
-  TMsgDlgBtn B;
-  ASSERT_TRUE(TTerminalMessageBox::ParseAnswer(" NA ", OverwriteButtons, B));
-  EXPECT_EQ(B, TMsgDlgBtn::mbNoToAll);
-  ASSERT_TRUE(TTerminalMessageBox::ParseAnswer("c", OverwriteButtons, B));
-  EXPECT_EQ(B, TMsgDlgBtn::mbCancel);
-  EXPECT_FALSE(TTerminalMessageBox::ParseAnswer("c", YesNo, B));
-}
-
-TEST(TerminalMessageBox, EndOfInputTakesTheSafeChoice) {
-  TTerminal T(TAnswerMode::Ask, true, "");
-  EXPECT_EQ(T.Box.MessageDlg("Replace?", TMsgDlgType::mtConfirmation, OverwriteButtons), TMsgDlgBtn::mbNo);
-}
-
-}  // namespace
-
-namespace {
-
-TEST(TerminalMessageBox, BeforeShowRunsBeforeEveryMessage) {
-  std::istringstream In;
-  std::ostringstream Out, Err;
-  TTerminalMessageBox Box(TAnswerMode::AlwaysNo, false, In, Out, Err);
-  int Calls = 0;
-  Box.SetBeforeShow([&] {
-    ++Calls;
-    Err << "<clear>";
-  });
-  Box.MessageDlg("Sure?", TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo});
-  Box.MessageDlg("Oops", TMsgDlgType::mtError, {TMsgDlgBtn::mbOK});
-  EXPECT_EQ(Calls, 2);
-  EXPECT_EQ(Err.str(), "<clear>Confirm: Sure?\n[Yes (y) / No (n)]? No (--no)\n<clear>Error: Oops\n");
-}
-
-}  // namespace
