@@ -1,0 +1,4 @@
+#include "core/ProfileHooks.h"
+
+TExecuteRemoteProfileWizardFunc ExecuteRemoteProfileWizardFunc;
+TShowProfileSelectorFunc ShowProfileSelectorFunc;
