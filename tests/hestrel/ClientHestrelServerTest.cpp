@@ -209,7 +209,7 @@ TEST_P(HestrelClientStall, TransfersFromAServerThatStopsAnsweringTimeOutAndTheNe
   ASSERT_TRUE(Client->PutFile(Dir(), Local / "big.bin", 0, "", nullptr)) << Client->GetLastError();
   EXPECT_EQ(fs::file_size(Dir() + "/big.bin"), 24u << 20);
   // A command whose channel is never answered says why it cannot start.
-  TConnectResult Raw = OpenConnection({"u@127.0.0.1", Server.Port, {Server.Password, true, false}, AppData / "", {}});
+  TConnectResult Raw = OpenConnection({"u@127.0.0.1", Server.Port, {Server.Password, true, false}, AppData.Path, {}});
   const long Timeout = 1;
   ASSERT_EQ(ssh_options_set(Raw.Session.get(), SSH_OPTIONS_TIMEOUT, &Timeout), SSH_OK);
   ASSERT_EQ(::kill(Server.LatestConnection(), SIGSTOP), 0);

@@ -83,7 +83,7 @@ TEST(HestrelLocalPaths, ATemporaryFileLeavesNothingUnlessCommittedAndItsNameIsRe
   }
   std::int64_t Size = 0, Time = 0;
   ASSERT_TRUE(LocalFileInfo(Dir / "x.h", Size, Time));
-  EXPECT_EQ(TreeOf(Dir / ""), std::vector<std::string>{"x.h"});
+  EXPECT_EQ(TreeOf(Dir.Path), std::vector<std::string>{"x.h"});
   EXPECT_EQ(std::to_string(Size) + " " + std::to_string(Time), "3 1500000000");
   for (const auto& [Name, Temporary] :
        std::vector<std::pair<std::string, bool>>{{"..profile.89abcdef.hestrel-part", true},

@@ -44,7 +44,7 @@ class HestrelClient : public ::testing::Test {
     THestrelClientOptions Options = Sshd.Options();
     Options.UseTarStream = Options.UseFindListing = FastPaths();
     Options.TarMinimumFiles = 2;
-    Client = MakeClient(App / "", Sshd.Port, {}, Options);
+    Client = MakeClient(App.Path, Sshd.Port, {}, Options);
     Client->SetSysRoot(SysRoot.Path);
     ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
   }
@@ -74,7 +74,7 @@ class HestrelClientPull : public HestrelClient, public ::testing::WithParamInter
 }  // namespace
 
 TEST_F(HestrelClient, EachKindOfCredentialLogsInAndTheHostKeyIsRecorded) {
-  THestrelClientFactory Factory(App / "");
+  THestrelClientFactory Factory(App.Path);
   for (const TRACredential& Credential : {TRACredential{Hestrel.Password, true, false},
                                           {Factory.Encrypt(Hestrel.Password), true, true},
                                           {Hestrel.PasswordFile, false, false}}) {
@@ -88,7 +88,7 @@ TEST_F(HestrelClient, EachKindOfCredentialLogsInAndTheHostKeyIsRecorded) {
   Client->Disconnect();
   EXPECT_FALSE(Client->IsConnected());
   ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();  // the recorded key matches
-  const std::string Known = Slurp(KnownHostsPath(App / ""));
+  const std::string Known = Slurp(KnownHostsPath(App.Path));
   for (const int Port : {Hestrel.Port, Sshd.Port})
     EXPECT_NE(Known.find("[127.0.0.1]:" + std::to_string(Port) + " "), std::string::npos) << Known;
   // libssh expands %d, %u, ... in the known-hosts path: a directory with a percent sign holds.
@@ -98,8 +98,8 @@ TEST_F(HestrelClient, EachKindOfCredentialLogsInAndTheHostKeyIsRecorded) {
 
 TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRetry) {
   TTempDir NoKeys;
-  const std::string KeyFile = TPasswordCipher(App / "").KeyFilePath();
-  std::string Tampered = TPasswordCipher(App / "").Encrypt("pw");
+  const std::string KeyFile = TPasswordCipher(App.Path).KeyFilePath();
+  std::string Tampered = TPasswordCipher(App.Path).Encrypt("pw");
   Tampered[8] = Tampered[8] == 'x' ? 'y' : 'x';
   MakeFile(App / "huge", std::string(70000, 'p'));  // no line end within reach
   // A socket that listens but never answers: the TCP handshake completes, no SSH banner comes.
@@ -162,7 +162,7 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
   };
   for (const auto& Case : Cases) {
     TScriptedConnectionListener Listener(1, Case.Abort);
-    auto Failing = MakeClient(App / "", Case.Port, Case.Credential, Case.Options, Case.Host);
+    auto Failing = MakeClient(App.Path, Case.Port, Case.Credential, Case.Options, Case.Host);
     EXPECT_FALSE(Failing->Connect(&Listener));
     EXPECT_EQ(Failing->GetLastError(), Case.Error);
     EXPECT_EQ(std::to_string(Listener.RetryCalls) + " " + std::to_string(Listener.AbortCalls),
@@ -172,12 +172,12 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
   ::close(Silent);
   // A changed host key is no network failure either: retrying would not help.
   ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + NoKeys / "other >/dev/null").c_str()), 0);
-  MakeFile(KnownHostsPath(App / ""), "[127.0.0.1]:" + std::to_string(SshdPort) + " " + Slurp(NoKeys / "other.pub"));
+  MakeFile(KnownHostsPath(App.Path), "[127.0.0.1]:" + std::to_string(SshdPort) + " " + Slurp(NoKeys / "other.pub"));
   TScriptedConnectionListener Listener;
   Client->Disconnect();
   EXPECT_FALSE(Client->Connect(&Listener));
   EXPECT_EQ(Client->GetLastError(),
-            Format(sErrHostKeyChanged, {"127.0.0.1", std::int64_t(SshdPort), KnownHostsPath(App / "")}));
+            Format(sErrHostKeyChanged, {"127.0.0.1", std::int64_t(SshdPort), KnownHostsPath(App.Path)}));
   EXPECT_EQ(Listener.RetryCalls, 0);
   std::string Expanded;  // and nothing runs without a connection
   EXPECT_FALSE(Client->ExpandPath("~", Expanded));

@@ -41,7 +41,7 @@ class HestrelServer : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(Server.Start()) << Server.Log(); }
   TSshSessionPtr LoggedIn() {
-    TConnectResult Result = OpenConnection({"u@127.0.0.1", Server.Port, {Server.Password, true, false}, App / "", {}});
+    TConnectResult Result = OpenConnection({"u@127.0.0.1", Server.Port, {Server.Password, true, false}, App.Path, {}});
     EXPECT_TRUE(Result.Session) << Result.Error;
     return std::move(Result.Session);
   }
@@ -52,22 +52,34 @@ class HestrelServer : public ::testing::Test {
 }  // namespace
 
 TEST(HestrelServerStart, RefusesUnsafeOrUnusableSecrets) {
-  const std::pair<std::function<void(TTestServer&)>, std::string> Cases[] = {
+  using TText = std::function<std::string(const TTestServer&)>;
+  const std::pair<std::function<void(TTestServer&)>, TText> Cases[] = {
       {[](TTestServer& S) { ::chmod(S.PasswordFile.c_str(), 0640); },
-       " is accessible by group or others; restrict it with: chmod 600"},
-      {[](TTestServer& S) { fs::remove(S.PasswordFile); }, "hestrel: cannot open password file"},
-      {[](TTestServer& S) { MakeFile(S.PasswordFile, "\n", 0, 0600); }, "holds no password on its first line"},
+       [](const TTestServer& S) {
+         return "hestrel: password file " + S.PasswordFile.string() +
+                " is accessible by group or others; restrict it with: chmod 600";
+       }},
+      {[](TTestServer& S) { fs::remove(S.PasswordFile); },
+       [](const TTestServer& S) {
+         return "hestrel: cannot open password file " + S.PasswordFile.string() + ": No such file or directory";
+       }},
+      {[](TTestServer& S) { MakeFile(S.PasswordFile, "\n", 0, 0600); },
+       [](const TTestServer& S) {
+         return "hestrel: password file " + S.PasswordFile.string() + " holds no password on its first line";
+       }},
       {[](TTestServer& S) {
          ASSERT_TRUE(S.Start() && S.Stop() == 0) << S.Log();  // creates the key, 0600
          ::chmod(S.HostKeyFile.c_str(), 0644);
        },
-       "host_key_ed25519 is accessible by group or others (chmod 600 it)"},
+       [](const TTestServer& S) {
+         return "host key " + S.HostKeyFile.string() + " is accessible by group or others (chmod 600 it)";
+       }},
   };
   for (const auto& [Prepare, Logged] : Cases) {
     TTestServer Server;
     Prepare(Server);
     EXPECT_FALSE(Server.Start());
-    EXPECT_TRUE(Server.LogShows(Logged)) << Server.Log();
+    EXPECT_TRUE(Server.LogShows(Logged(Server))) << Server.Log();
   }
 }
 
@@ -91,7 +103,7 @@ TEST(HestrelServerStart, KeepsAPrivateHostKeyUnderXdgDataHomeAcrossRestartsAndTa
   TTempDir App;
   MakeFile(Server.PasswordFile, "first line\r\nsecond line\n", 0, 0600);
   Server.Env = {{"XDG_DATA_HOME", Server.Dir / "xdg"}};
-  auto Client = MakeClient(App / "", 0, {"first line", true, false});
+  auto Client = MakeClient(App.Path, 0, {"first line", true, false});
   for (int Run = 0; Run < 2; ++Run) {  // the second run's key must match the known-hosts entry
     ASSERT_TRUE(Server.StartWithArgs({"--port", "0", "--password-file", Server.PasswordFile}));
     Client->SetPort(Server.Port);
@@ -158,7 +170,7 @@ TEST_F(HestrelServer, ExecRelaysOutputErrorsAndInputAndHowTheCommandEnded) {
   // The log names the signal that ended a command, and shows a command by its first line
   // only, never with its environment's values.
   EXPECT_TRUE(Server.LogShows("ended by signal TERM")) << Server.Log();
-  EXPECT_NE(Server.Log().find("command 'echo first ... (" + std::to_string(Multiline.size()) + " bytes)'"),
+  EXPECT_NE(Server.Log().find("started command 'echo first ... (" + std::to_string(Multiline.size()) + " bytes)'"),
             std::string::npos);
   EXPECT_EQ(Server.Log().find("s3cr3t-value"), std::string::npos);
 }

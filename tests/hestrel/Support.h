@@ -92,10 +92,8 @@ std::shared_ptr<hestrel::THestrelClient> MakeClient(const std::string& AppData, 
 struct TRecordingListener : IFileListener {
   std::vector<std::string> Overwrites;                             ///< "FILE SIZE1@TIME1 SIZE2@TIME2", times in seconds
   std::vector<std::string> Accepted, Errors, ErrorTexts, Removed;  ///< Removed: "FILE@HOST"
-  int BytesCopiedCalls = 0;
   std::string LastBytes;  ///< the last byte progress: "S1|S2|S3|DONE/TOTAL"
   bool OverwriteAnswer = true;
-  std::uint8_t AcceptAnswer = 1;
   std::function<std::uint8_t()> OnBytes;  ///< answers BytesCopied (2 stops the transfer)
 
   bool Overwrite(const std::string& File, TDateTime Time1, std::int64_t Size1, TDateTime Time2,
@@ -109,14 +107,13 @@ struct TRecordingListener : IFileListener {
   }
   std::uint8_t BytesCopied(const std::string& S1, const std::string& S2, const std::string& S3, std::int64_t Done,
                            std::int64_t Total, TStream*) override {
-    ++BytesCopiedCalls;
     LastBytes = S1 + "|" + S2 + "|" + S3 + "|" + std::to_string(Done) + "/" + std::to_string(Total);
     return OnBytes ? OnBytes() : 1;
   }
   void PreCopy(const std::string&, const std::string&, const std::string&, std::int64_t) override {}
   std::uint8_t Accept(const std::string& S1, const std::string&, bool, std::int32_t&) override {
     Accepted.push_back(S1);
-    return AcceptAnswer;
+    return 1;
   }
   bool ContinueOnError(const std::string& S1, const std::string& S2) override {
     Errors.push_back(S1);
@@ -124,17 +121,6 @@ struct TRecordingListener : IFileListener {
     return true;
   }
   void Deleted(const std::string& S1, const std::string& S2) override { Removed.push_back(S1 + "@" + S2); }
-};
-
-/// Answers yes to the first Yes directories, then no; records every question.
-struct TLimitedIteration : IFileIteration {
-  explicit TLimitedIteration(std::size_t Yes = SIZE_MAX) : Yes(Yes) {}
-  bool EnterDirectory(const std::string& Dir) override {
-    Entered.push_back(Dir);
-    return Entered.size() <= Yes;
-  }
-  std::size_t Yes;
-  std::vector<std::string> Entered;
 };
 
 }  // namespace hestrel_test
