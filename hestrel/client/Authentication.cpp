@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, connecting): authentication (see Authentication.h).
+// Hestrel client, connecting: authentication (see Authentication.h).
 #include "client/Authentication.h"
 
 #include <fcntl.h>

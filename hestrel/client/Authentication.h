@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, connecting): user authentication with a profile's credential.
+// Hestrel client, connecting: user authentication with a profile's credential.
 #pragma once
 
 #include <libssh/libssh.h>

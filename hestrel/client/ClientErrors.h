@@ -1,4 +1,4 @@
-// Hestrel client (agent library for Parts 3.1 to 3.5): every GetLastError text of the
+// Hestrel client: every GetLastError text of the
 // client, in one place. "%s"/"%d" are filled with Format (core/Text.h) in argument order.
 #pragma once
 

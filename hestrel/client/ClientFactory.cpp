@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1's factory, Part 2.1's Encrypt): see ClientFactory.h.
+// Hestrel client: the agent library's factory and Encrypt (see ClientFactory.h).
 #include "client/ClientFactory.h"
 
 #include "client/ClientProfile.h"

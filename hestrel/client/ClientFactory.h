@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1's agent library factory; Part 2.1's Encrypt): makes Hestrel
+// Hestrel client: the agent library's factory and Encrypt. Makes Hestrel
 // clients and profile objects, and enciphers passwords for storage.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1's agent library): tunables of the client, given to the factory.
+// Hestrel client: tunables of the client, given to the factory.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Hestrel client (Part 2.2): the profile object (see ClientProfile.h).
+// Hestrel client: the profile object (see ClientProfile.h).
 #include "client/ClientProfile.h"
 
 #include <fcntl.h>

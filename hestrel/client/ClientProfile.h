@@ -1,4 +1,4 @@
-// Hestrel client (Part 2.2): the agent library's profile object, owner of the ".profile"
+// Hestrel client: the agent library's profile object, owner of the ".profile"
 // file format (docs/profile-file-format.md). The manager fills it and saves it, or reads a
 // file and takes the values out. Reading never fills half a profile: a file is parsed
 // into a temporary and taken only when all of it is sound. Saving replaces the file

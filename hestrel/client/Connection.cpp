@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, Connect): see Connection.h.
+// Hestrel client, Connect: see Connection.h.
 #include "client/Connection.h"
 
 #include <netinet/in.h>

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, Connect): one SSH connection attempt with the product's
+// Hestrel client, Connect: one SSH connection attempt with the product's
 // options, host-key check and authentication, and the classification of its failure.
 #pragma once
 

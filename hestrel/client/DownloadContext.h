@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, GetFiles / GetFrameworkFiles): the state one pull shares
+// Hestrel client, GetFiles / GetFrameworkFiles: the state one pull shares
 // between planning (listing, questions), the tar stream and the SFTP fetches.
 #pragma once
 

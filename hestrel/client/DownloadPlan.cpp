@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, GetFiles): listing a remote tree and deciding each entry
+// Hestrel client, GetFiles: listing a remote tree and deciding each entry
 // (see DownloadContext.h). Nothing is written here but mirrored symbolic links.
 #include <sys/stat.h>
 #include <unistd.h>

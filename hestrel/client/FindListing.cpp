@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, listing a tree): see FindListing.h.
+// Hestrel client, listing a tree: see FindListing.h.
 #include "client/FindListing.h"
 
 #include <cstdlib>

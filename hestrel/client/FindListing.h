@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, listing a tree): the whole tree below a directory in ONE exec of
+// Hestrel client, listing a tree: the whole tree below a directory in ONE exec of
 // GNU find (-printf), instead of an SFTP open/read/close per directory. Servers without GNU
 // find (BSD, busybox) answer an error and the caller lists over SFTP as before.
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): the agent client (see HestrelClient.h). Each
+// Hestrel client: the agent client (see HestrelClient.h). Each
 // operation is a thin step onto Connection, SftpDownload, SftpUpload, Queries, Launch.
 #include "client/HestrelClient.h"
 
@@ -128,7 +128,7 @@ bool THestrelClient::RequireSftp() {
 
 bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t,
                              const std::string& RemoteName, IFileListener* Listener) {
-  // Attributes: Part 3.2 always passes 0; nothing is set from them.
+  // Attributes: the system always passes 0; nothing is set from them.
   return Watched([&] {
     if (!RequireSftp()) return false;
     TPausingFileListener Paused(Listener, FWatch.get());

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): the agent client over SSH (libssh): one connection,
+// Hestrel client: the agent client over SSH (libssh): one connection,
 // SFTP for files and listings, exec of POSIX sh commands for queries and launches.
 // Failures answer false with a GetLastError text (ClientErrors.h); nothing throws.
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, connecting): host-key check (see KnownHosts.h).
+// Hestrel client, connecting: host-key check (see KnownHosts.h).
 #include "client/KnownHosts.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.1, connecting): host keys in the product's own known-hosts file.
+// Hestrel client, connecting: host keys in the product's own known-hosts file.
 #pragma once
 
 #include <libssh/libssh.h>

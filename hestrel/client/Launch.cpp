@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.5): remote launch (see Launch.h).
+// Hestrel client: remote launch (see Launch.h).
 #include "client/Launch.h"
 
 #include <cstdlib>

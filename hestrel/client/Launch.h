@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.5): starting programs and gdbserver detached on the remote
+// Hestrel client, launch: starting programs and gdbserver detached on the remote
 // machine (nohup, background) with POSIX sh; every argument shell-quoted.
 #pragma once
 

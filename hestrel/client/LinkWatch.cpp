@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): the silence watch of a connection (see LinkWatch.h).
+// Hestrel client: the silence watch of a connection (see LinkWatch.h).
 #include "client/LinkWatch.h"
 
 #include <linux/tcp.h>  // struct tcp_info with the byte counters (glibc's copy lacks them)

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): a bound on every wait for a server that stops answering.
+// Hestrel client: a bound on every wait for a server that stops answering.
 // libssh 0.10 waits without end in several places (SFTP replies, the channel window, flushes),
 // so a watch thread cuts the connection's socket (shutdown(2); the descriptor stays libssh's)
 // once no byte has moved in either direction for the operation timeout while an operation

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, GetFiles): local paths (see LocalPaths.h).
+// Hestrel client, GetFiles: local paths (see LocalPaths.h).
 #include "client/LocalPaths.h"
 
 #include <dirent.h>

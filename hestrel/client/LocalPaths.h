@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, GetFiles): where remote files may land locally. Nothing from
+// Hestrel client, GetFiles: where remote files may land locally. Nothing from
 // the remote side may write outside the local root: names are checked here, and files
 // are written whole (temporary name, then rename) by TLocalTempFile.
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Part 2.1's Encrypt, Part 3.1's credential): the stored form of a password.
+// Hestrel client, Encrypt and the login credential: the stored form of a password.
 // "hes1:" + base64(nonce || crypto_secretbox(password)) under a per-user 32-byte key file
 // (mode 0600, created on first use). Authenticated: a tampered value is refused, never
 // mis-deciphered. The clear text lives only in TSecretText buffers, wiped when dropped.

@@ -1,4 +1,4 @@
-// Hestrel client (Part 2.2): reader and writer of the ".profile" text, version 1
+// Hestrel client: reader and writer of the ".profile" text, version 1
 // (docs/profile-file-format.md). The reader is strict: anything it does not understand
 // is a damaged file, reported with its line, never half-read.
 #include "client/ProfileFileFormat.h"
@@ -15,7 +15,7 @@ namespace hestrel {
 namespace {
 
 const char* const kKindNames[4] = {"Other", "Include", "Library", "Framework"};
-/// The order of Part 2.2's table, in which the lists are written.
+/// The order in which the path lists are written: include, library, other, framework.
 constexpr TIncludePathKind kWriteOrder[] = {TIncludePathKind::Include, TIncludePathKind::Library,
                                             TIncludePathKind::Other, TIncludePathKind::Framework};
 
@@ -257,7 +257,7 @@ bool ParseProfileText(std::string_view Text, TProfileFileData& Out, std::string&
     if (Line == "End") {
       EndSeen = true;
       // A file without a Name line holds an empty name: the importer then takes the file's
-      // name (Part 2.2 edge case "office.mac.profile"). Every other entry must be there.
+      // name ("office.mac.profile" imports as "office.mac"). Every other entry must be there.
       const char* Missing = !State.PlatformLine     ? "Platform"
                             : !State.HostLine       ? "Host"
                             : !State.PortLine       ? "Port"

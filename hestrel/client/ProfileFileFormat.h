@@ -1,4 +1,4 @@
-// Hestrel client (Part 2.2, "Left to the implementer"): the text of a ".profile" file,
+// Hestrel client: the text of a ".profile" file,
 // version 1, as docs/profile-file-format.md describes it. Pure functions on memory, so the
 // profile object, its tests and the fuzzer share one reader and one writer.
 #pragma once

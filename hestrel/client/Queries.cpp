@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.4): remote queries (see Queries.h).
+// Hestrel client: remote queries (see Queries.h).
 #include "client/Queries.h"
 
 #include "client/ClientErrors.h"

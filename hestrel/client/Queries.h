@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.4): remote queries as POSIX sh commands over exec (every
+// Hestrel client: remote queries as POSIX sh commands over exec (every
 // argument shell-quoted) or SFTP listings. Each answers false / nullptr with Error.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.3, 3.4): remote listings (see RemoteListing.h).
+// Hestrel client, transfers and queries: remote listings (see RemoteListing.h).
 #include "client/RemoteListing.h"
 
 #include "client/ClientErrors.h"

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.3, 3.4): remote directory listings over SFTP. One listing per
+// Hestrel client, transfers and queries: remote directory listings over SFTP. One listing per
 // directory carries name, type, size and modification time of every entry, so unchanged
 // files are recognised without a round trip per file (perf-baselines.md, point 5).
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.3 to 3.5): exec channels (see RemoteShell.h).
+// Hestrel client: exec channels (see RemoteShell.h).
 #include "client/RemoteShell.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.3 to 3.5): POSIX sh commands over SSH exec, with stdout,
+// Hestrel client: POSIX sh commands over SSH exec, with stdout,
 // stderr and the exit status. Build every command with ShellQuote (ShellQuote.h).
 #pragma once
 

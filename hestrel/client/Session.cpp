@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): libssh handle owners.
+// Hestrel client: libssh handle owners.
 #include "client/Session.h"
 
 #include <poll.h>

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.1 to 3.5): move-only owners of libssh handles, each freed once.
+// Hestrel client: move-only owners of libssh handles, each freed once.
 #pragma once
 
 #include <libssh/libssh.h>

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, GetFiles): fetching planned files; one file over SFTP with
+// Hestrel client, GetFiles: fetching planned files; one file over SFTP with
 // many reads in flight (perf-baselines.md: 16 reads of 32 KiB reach ~280 MB/s).
 #include <fcntl.h>
 

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.2, PutFile): see SftpUpload.h. Small files go over SFTP; big ones
+// Hestrel client, PutFile: see SftpUpload.h. Small files go over SFTP; big ones
 // through an exec'd `cat`, which streams without libssh 0.10's one-write-per-round-trip.
 #include "client/SftpUpload.h"
 

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.2, PutFile): one local file to the remote machine, whole or not
+// Hestrel client, PutFile: one local file to the remote machine, whole or not
 // at all (temporary name in the destination directory, renamed at the end), with its
 // modification time kept.
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.4, 3.5): shell quoting (see ShellQuote.h).
+// Hestrel client: shell quoting (see ShellQuote.h).
 #include "client/ShellQuote.h"
 
 namespace hestrel {

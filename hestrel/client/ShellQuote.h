@@ -1,4 +1,4 @@
-// Hestrel client (Parts 3.4, 3.5): every argument of a remote POSIX sh command goes
+// Hestrel client, queries and launches: every argument of a remote POSIX sh command goes
 // through these helpers, so no remote name or user text is ever run as shell syntax.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, fast pull): many small files in one `tar -cf -` stream over
+// Hestrel client, fast pull: many small files in one `tar -cf -` stream over
 // exec instead of an SFTP open/read/close per file (perf-baselines.md, point 1: a stream
 // reaches ~8,400 files/s where one SFTP session stays near 2,000). Every entry is matched
 // by name against the plan: the destination always comes from the plan (already checked),

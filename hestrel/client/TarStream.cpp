@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, fast pull): tar stream reader (see TarStream.h).
+// Hestrel client, fast pull: tar stream reader (see TarStream.h).
 #include "client/TarStream.h"
 
 #include <algorithm>

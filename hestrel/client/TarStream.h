@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, fast pull): reading a tar stream (ustar, GNU long names, pax
+// Hestrel client, fast pull: reading a tar stream (ustar, GNU long names, pax
 // headers) from a remote `tar -cf -`. Only the entry headers are interpreted here; the
 // caller decides what an entry may become (TarPull checks every name against its plan).
 #pragma once

@@ -1,4 +1,4 @@
-// Hestrel client (Part 3.3, fast fresh pull): a whole remote tree as ONE `tar` stream, with
+// Hestrel client, fast fresh pull: a whole remote tree as ONE `tar` stream, with
 // no listing first: one round trip instead of one per directory (perf-baselines.md points 1
 // and 5). Used only when the local copy of the tree is missing or empty, so there is nothing
 // to compare with. The archive's names are the remote side's words: each one is checked

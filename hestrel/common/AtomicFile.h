@@ -1,4 +1,4 @@
-// Atomic replacement of a whole file (Part 2.2 profile files; reusable by any writer that
+// Atomic replacement of a whole file (profile files; reusable by any writer that
 // must never leave half a file behind): the content goes to a temporary file in the same
 // directory, which is flushed (fsync), given its mode and renamed over the target; the
 // directory is flushed too. Either the whole new content is in place or the old file is

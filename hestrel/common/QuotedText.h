@@ -1,5 +1,5 @@
 // Quoted text for line-oriented UTF-8 files a person can read and diff (the profile-file
-// format of Part 2.2, docs/profile-file-format.md). One escaping scheme, implemented once:
+// format, docs/profile-file-format.md). One escaping scheme, implemented once:
 //   "..."  with  \\  \"  \n  \r  \t  and  \xHH  (any byte, two hex digits).
 // Valid UTF-8 is written as it is; bytes that are not part of valid UTF-8 and control
 // characters are written as \xHH, so every byte string round-trips exactly.

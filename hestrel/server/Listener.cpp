@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <thread>
 
@@ -73,8 +74,8 @@ class TListener {
   int Run(const std::string& HostKeyPath);
 
  private:
-  void Accept();
-  [[noreturn]] void ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener);
+  std::optional<int> Accept();
+  int ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener);
   void ReadSignals();
   void Reap();
   void StopConnections();
@@ -111,7 +112,11 @@ int TListener::Run(const std::string& HostKeyPath) {
     pollfd Fds[2] = {{ssh_bind_get_fd(FBind.get()), POLLIN, 0}, {FSignals.Fd(), POLLIN, 0}};
     if (::poll(Fds, 2, -1) < 0) continue;
     if (Fds[1].revents != 0) ReadSignals();
-    if (!FStopping && Fds[0].revents != 0) Accept();
+    if (!FStopping && Fds[0].revents != 0) {
+      // In the process forked for a connection, Accept returns once that connection is over:
+      // the process leaves through main like the listener does, with the connection's code.
+      if (std::optional<int> ConnectionCode = Accept()) return *ConnectionCode;
+    }
   }
   FBind.reset();  // stop accepting at once
   StopConnections();
@@ -119,44 +124,43 @@ int TListener::Run(const std::string& HostKeyPath) {
   return 0;
 }
 
-void TListener::Accept() {
+std::optional<int> TListener::Accept() {
   TSshSession Session(ssh_new());
-  if (!Session) return;
+  if (!Session) return std::nullopt;
   if (ssh_bind_accept(FBind.get(), Session.get()) != SSH_OK) {
     Log(std::string("accept failed: ") + ssh_get_error(FBind.get()));
-    return;
+    return std::nullopt;
   }
   std::string Peer = SocketName(ssh_get_fd(Session.get()), true);
   Reap();  // count only connections still served
   // Bounds the processes a flood of connections can make; idle connections that never log
   // in have their own, smaller bound, so they cannot shut the users out (sshd's MaxStartups).
-  if (FConnections.size() >= static_cast<std::size_t>(FOptions.MaxConnections))
-    return Refuse(Peer, std::to_string(FConnections.size()) + " connections open");
-  if (FLoggingIn.size() >= static_cast<std::size_t>(FOptions.MaxStartups))
-    return Refuse(Peer, std::to_string(FLoggingIn.size()) + " connections not logged in yet");
+  if (FConnections.size() >= static_cast<std::size_t>(FOptions.MaxConnections)) {
+    Refuse(Peer, std::to_string(FConnections.size()) + " connections open");
+    return std::nullopt;
+  }
+  if (FLoggingIn.size() >= static_cast<std::size_t>(FOptions.MaxStartups)) {
+    Refuse(Peer, std::to_string(FLoggingIn.size()) + " connections not logged in yet");
+    return std::nullopt;
+  }
   const pid_t Listener = ::getpid();
   pid_t Pid = ::fork();
   if (Pid < 0) {
     Log("cannot fork for the connection from " + Peer);
-    return;
+    return std::nullopt;
   }
-  if (Pid == 0) ServeInChild(std::move(Session), Peer, Listener);
+  if (Pid == 0) return ServeInChild(std::move(Session), Peer, Listener);
   FConnections.insert(Pid);
   FLoggingIn.insert(Pid);
   Log("connection from " + Peer + " (served by pid " + std::to_string(Pid) + ")");
-  // Session's destructor closes the parent's copy of the socket.
+  return std::nullopt;  // Session's destructor closes the parent's copy of the socket
 }
 
-void TListener::ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener) {
-  FBind.reset();      // the listening socket belongs to the parent
-  FSignals.Close();   // TSessionServer opens its own; the signal mask stays blocked
-  int Code = 0;
-  {
-    TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer, Listener);
-    Code = Server.Run();
-  }
-  std::fflush(nullptr);
-  ::_exit(Code);
+int TListener::ServeInChild(TSshSession Session, const std::string& Peer, pid_t Listener) {
+  FBind.reset();     // the listening socket belongs to the parent
+  FSignals.Close();  // TSessionServer opens its own; the signal mask stays blocked
+  TSessionServer Server(std::move(Session), FOptions, FAuthenticator, Peer, Listener);
+  return Server.Run();
 }
 
 void TListener::ReadSignals() {

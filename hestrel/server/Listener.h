@@ -15,7 +15,9 @@ class TAuthenticator;
 inline constexpr const char* ServerCiphers =
     "aes128-gcm@openssh.com,aes256-gcm@openssh.com,chacha20-poly1305@openssh.com,aes128-ctr,aes192-ctr,aes256-ctr";
 
-/// Runs until stopped; answers the process exit code (0 after a clean stop).
+/// Runs until stopped; answers the process exit code (0 after a clean stop). In the process
+/// forked for a connection it returns as well, once that connection is over, with the code
+/// that process exits with.
 int RunListener(const TServerOptions& Options, const TAuthenticator& Authenticator, const std::string& HostKeyPath);
 
 }  // namespace hestrel::server

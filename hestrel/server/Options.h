@@ -5,7 +5,7 @@
 
 namespace hestrel::server {
 
-/// Default agent port (Overview: a profile's port number defaults to 64211).
+/// Default agent port, the same as a new profile's port number.
 inline constexpr int DefaultPort = 64211;
 
 struct TServerOptions {

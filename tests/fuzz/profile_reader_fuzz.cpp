@@ -1,4 +1,4 @@
-// libFuzzer target for the Part 2.2 profile-file reader (THestrelClientProfile,
+// libFuzzer target for the profile-file reader (THestrelClientProfile,
 // docs/profile-file-format.md). Besides "never crashes" it checks the reader's promises:
 // a refused text leaves the previous values untouched and names the file; an accepted
 // text writes back to a text that reads as the same values, and writing is a fixed point;
