@@ -81,6 +81,7 @@ class TProjectDouble : public IOTAProject,
   IOTAProjectPlatformsPtr GetProjectPlatforms() override { return Offers ? shared_from_this() : nullptr; }
   std::string GetProfile(const std::string& P) const override { return Profiles.contains(P) ? Profiles.at(P) : ""; }
   void SetProfile(const std::string& Platform, const std::string& Name) override { Profiles[Platform] = Name; }
+  bool GetSupported(const std::string&) const override { return true; }
   bool Offers;
   std::map<std::string, std::string> Profiles;
 };
