@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -49,6 +50,10 @@ class TEnvironmentDouble : public IOTAEnvironment {
   void AddVariable(const std::string& Name, const std::string& DefaultValue) override {
     Declared.emplace_back(Name, DefaultValue);
     Variables.try_emplace(Name, DefaultValue);
+  }
+  bool IsVariableSet(const std::string& N) const override {
+    return Variables.contains(N) && std::find(Declared.begin(), Declared.end(), std::pair(N, Variables.at(N))) ==
+                                        Declared.end();
   }
   std::string ExpandRootMacro(const std::string& Text) const override;
   std::string AppDataDir;
