@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <filesystem>
 #include <memory>
 #include <ostream>
 
@@ -145,6 +146,9 @@ int EnvFile(TAppContext& C) {
     C.Error(Writer->GetLastError());
     return ExitFailed;
   }
+  std::error_code Missing;
+  if (!std::filesystem::exists(Writer->GetFileName(), Missing))
+    C.Error("no platform has a default profile yet, so there was nothing to write");
   C.Out() << Writer->GetFileName() << '\n';
   return ExitOk;
 }
