@@ -123,9 +123,10 @@ void TLinuxBuildLock::Lock() {
   if (::flock(Fd, LOCK_EX | LOCK_NB) != 0) {
     char Holder[32] = {};
     (void)!::pread(Fd, Holder, sizeof Holder - 1, 0);
+    const int HolderPid = std::atoi(Holder);
     if (FNotice)
-      FNotice("Waiting for another deploy to finish: the build lock '" + FFileName + "' is held by process " +
-              std::to_string(std::atoi(Holder)));
+      FNotice("Waiting for another deploy to finish: the build lock '" + FFileName + "' is held by " +
+              (HolderPid > 0 ? "process " + std::to_string(HolderPid) : std::string("another process")));
     while (::flock(Fd, LOCK_EX) != 0 && errno == EINTR) {
     }
   }
