@@ -6,7 +6,8 @@ set -euo pipefail
 PACKAGES=(
   build-essential cmake ninja-build pkg-config git
   libgtest-dev libgmock-dev libbenchmark-dev
-  libssh-dev libsodium-dev libcli11-dev
+  libssh-dev libsodium-dev libcli11-dev libpugixml-dev
+  mono-xbuild
   openssh-client openssh-server openssh-sftp-server
   clang libclang-rt-14-dev
   gdbserver

@@ -3,7 +3,8 @@
 # password, make a small remote SDK tree, and walk through zephprof — add a profile for the
 # server (password on standard input), test the connection, give it path items in one run and
 # update its local file cache from them in a later one, put a file, run a command remotely,
-# list, export and import — then
+# list, export and import, deploy the example project (examples/hello) through the build
+# engine and show the remote program's output — then
 # stop the server and say where the settings and the cache are. Exits non-zero when any
 # step fails. Installs the Debian packages it needs when they are missing (scripts/deps.sh).
 #
@@ -86,6 +87,19 @@ z run "$PROFILE" /bin/sh --cwd "$REMOTE/deploy" --output "$REMOTE/deploy/run.out
 for _ in $(seq 1 50); do [ -s "$REMOTE/deploy/run.out" ] && break; sleep 0.1; done
 [ -s "$REMOTE/deploy/run.out" ] || fail "the remote command wrote nothing"
 echo "remote output:"; sed 's/^/  /' "$REMOTE/deploy/run.out"
+
+step "Deploy the example project: it needs a profile for Linux64 until one is assigned"
+cp -r examples/hello "$WORK/hello"
+z ensure "$WORK/hello/hello.proj" && fail "ensure found a profile before one was assigned"
+z assign "$WORK/hello/hello.proj" Linux64 "$PROFILE"
+z ensure "$WORK/hello/hello.proj"
+z env-file
+# The project's Deploy target puts the program into RemoteDir and runs it there; --yes
+# answers the question to compile it first.
+RemoteDir="$REMOTE/deploy" z deploy "$WORK/hello/hello.proj"
+for _ in $(seq 1 50); do [ -s "$REMOTE/deploy/hello.out" ] && break; sleep 0.1; done
+[ -s "$REMOTE/deploy/hello.out" ] || fail "the deployed program wrote nothing"
+echo "the deployed program's output:"; sed 's/^/  /' "$REMOTE/deploy/hello.out"
 
 step "List, export and import"
 z list

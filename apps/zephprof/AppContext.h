@@ -19,6 +19,7 @@ enum TExitStatus : int { ExitOk = 0, ExitFailed = 1, ExitUsage = 2 };
 struct TGlobalOptions {
   std::string SettingsFile;  ///< empty: the XDG default
   std::string DataDir;       ///< empty: the XDG default
+  std::string GroupFile;     ///< the open project group; empty: none
   bool Yes = false;
   bool No = false;
   bool Json = false;

@@ -16,6 +16,7 @@ void AddProfileCommands(CLI::App& App, TAction& Action);  // list show add copy 
 void AddPathCommands(CLI::App& App, TAction& Action);     // paths default-paths
 void AddFileCommands(CLI::App& App, TAction& Action);     // export import
 void AddRemoteCommands(CLI::App& App, TAction& Action);   // test update-cache put rm env expand exists ls symlink run
+void AddDeployCommands(CLI::App& App, TAction& Action);   // ensure assign deploy env-file (CmdDeploy.cpp)
 
 // ---- shared by the commands (CommandSupport.cpp) ----------------------------------------
 /// "include", "library", "framework", "other" (types 0 to 3), else the number.

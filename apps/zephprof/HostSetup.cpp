@@ -6,18 +6,27 @@
 
 #include "host/startup/HostIntegration.h"
 #include "hosts/linux/LinuxHost.h"
+#include "hosts/linux/LinuxProjects.h"
 
-TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, std::string& LoadError) {
+TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
+                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, TNoticeFunc Notice,
+                        std::string& LoadError) {
   TLinuxHostOptions Options;
   Options.SettingsFileName = SettingsFile;
   Options.AppDataDir = DataDir;
   Options.Messages = std::move(Messages);
   Options.ProgressDisplay = std::move(Progress);
-  const TLinuxHost Host = InstallLinuxHost(Options);
+  Options.Notice = Notice;
+  TLinuxHost Host = InstallLinuxHost(Options);
   LoadError = Host.SettingsLoadError;
-  // The manager's unit starts (ZEPHPROFILESDIR, the project monitor).
-  RemoteProfileManagerStartup();
+  if (!GroupFile.empty() && LoadError.empty()) {
+    // The monitor rewrites the group's projects when a profile is renamed or removed.
+    Host.Services.Projects = TLinuxProjectServices::OpenGroup(GroupFile, Host.Build, Notice, LoadError);
+    SetHostServices(Host.Services);
+  }
+  // The plug-in's units start (add-in options, ZEPHPROFILESDIR, the build-environment
+  // routine, the project monitor).
+  PackageStartup();
   return Host.Settings;
 }
 

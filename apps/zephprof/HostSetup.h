@@ -7,13 +7,16 @@
 #include "host/MessageBox.h"
 #include "host/ProgressDisplay.h"
 #include "hosts/linux/IniFile.h"
+#include "hosts/linux/LinuxBuild.h"
 
 /// Installs the reference host with the settings file SettingsFile and the application
-/// data directory DataDir (each empty: the XDG default), the given message box and
-/// progress display. Answers the settings store; LoadError is set when the file could not
-/// be read (the store then refuses to be written).
-TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, std::string& LoadError);
+/// data directory DataDir (each empty: the XDG default), the open project group GroupFile
+/// (empty: none), the given message box, progress display and notices. Answers the settings
+/// store; LoadError is set when the file or the group could not be read (the store then
+/// refuses to be written).
+TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
+                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, TNoticeFunc Notice,
+                        std::string& LoadError);
 
 /// Columns of the terminal on standard error (80 when unknown).
 int TerminalWidth();

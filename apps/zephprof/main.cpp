@@ -23,6 +23,8 @@ int Main(int argc, char** argv) {
   auto* No = App.add_flag("--no,-n", Options.No, "answer every question No (or Cancel)");
   Yes->excludes(No);
   App.add_flag("--json", Options.Json, "machine-readable output where it makes sense");
+  App.add_option("--group", Options.GroupFile,
+                 "the open project group: renaming or removing a profile rewrites its projects");
   App.footer("Questions are asked on a terminal; without one (and without --yes/--no) the safe answer\n"
              "(No, Cancel) is taken and said on standard error. Exit status: 0 success, 1 failed, 2 usage.");
 
@@ -32,6 +34,7 @@ int Main(int argc, char** argv) {
   AddFileCommands(App, Action);
   AddRemoteCommands(App, Action);
   AddRunCommand(App, Action);
+  AddDeployCommands(App, Action);
   try {
     App.parse(argc, argv);
   } catch (const CLI::CallForHelp& Help) {

@@ -38,6 +38,7 @@ void TLinuxEnvFileWriter::BeginEnvFileSave() {
 }
 
 void TLinuxEnvFileWriter::EndEnvFileSave() {
+  if (FDepth == 1 && FSaveRoutines) FSaveRoutines(*this);  // inside the outermost bracket
   if (FDepth == 0 || --FDepth > 0) return;
   FCurrentGroup = -1;
   if (FReadFailed || !FChanged) return;

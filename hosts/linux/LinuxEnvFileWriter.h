@@ -1,8 +1,9 @@
 // The reference host's build-environment file writer (what WriteEnvOptions writes through):
-// an MSBuild project file of property groups, by default "environment.proj" next to the
-// settings file, that builds started outside the user interface import.
+// an MSBuild project file of property groups, by default "environment.proj" in the
+// application-data directory, that builds started outside the user interface import.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "host/EnvFileWriter.h"
@@ -15,8 +16,9 @@ class TLinuxEnvFileWriter : public IOTAEnvFileWriter {
   /// Reads the file (a missing file is an empty project). Brackets may nest; only the
   /// outermost one reads and writes.
   void BeginEnvFileSave() override;
-  /// Writes the file atomically (mode 0600 when new) if anything changed. Not written when
-  /// the file could not be read at BeginEnvFileSave, so a damaged file is never replaced.
+  /// Runs the save routines (inside the bracket), then writes the file atomically (mode
+  /// 0600 when new) if anything changed. Not written when the file could not be read at
+  /// BeginEnvFileSave, so a damaged file is never replaced.
   void EndEnvFileSave() override;
   /// Selects the group with exactly this condition, creating it at the end when missing.
   void SetCurrentPropertyGroup(const std::string& Condition) override;
@@ -28,8 +30,11 @@ class TLinuxEnvFileWriter : public IOTAEnvFileWriter {
   /// Why the last bracket did not read or write the file, naming the file; "" when it did.
   const std::string& GetLastError() const { return FLastError; }
   const std::string& GetFileName() const { return FFileName; }
+  /// What the host runs each time it writes the file: the routines registered with it.
+  void SetSaveRoutines(std::function<void(IOTAEnvFileWriter&)> Routines) { FSaveRoutines = std::move(Routines); }
 
  private:
+  std::function<void(IOTAEnvFileWriter&)> FSaveRoutines;
   std::string FFileName;
   std::string FLastError;
   LinuxHost::TEnvDocument FDocument;

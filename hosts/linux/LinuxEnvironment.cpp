@@ -93,6 +93,8 @@ void TLinuxEnvironment::AddVariable(const std::string& Name, const std::string& 
   FDeclared[Name] = DefaultValue;
 }
 
+bool TLinuxEnvironment::IsVariableSet(const std::string& Name) const { return std::getenv(Name.c_str()) != nullptr; }
+
 bool TLinuxEnvironment::IsKnown(const std::string& Name) const {
   return std::getenv(Name.c_str()) != nullptr || FDeclared.count(Name) != 0;
 }

@@ -46,6 +46,8 @@ class TLinuxEnvironment : public IOTAEnvironment {
   std::string GetVariable(const std::string& Name) const override;
   /// Declares a default; a variable set in the process environment wins over it.
   void AddVariable(const std::string& Name, const std::string& DefaultValue) override;
+  /// Set in the process environment.
+  bool IsVariableSet(const std::string& Name) const override;
   /// Replaces "$(NAME)" by GetVariable(NAME) when NAME is set or declared; an unknown
   /// macro, or "$(" without ")", is left as it is.
   std::string ExpandRootMacro(const std::string& Text) const override;

@@ -16,12 +16,17 @@ TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options) {
   Host.Settings = Loaded.File;
   Host.SettingsLoadError = Loaded.Error;
 
-  Host.Environment = std::make_shared<TLinuxEnvironment>(
-      TLinuxEnvironmentOptions{Options.AppDataDir, Options.BaseDocumentsDir});
-  const std::string EnvFileName = Options.EnvFileName.empty()
-                                      ? (std::filesystem::path(SettingsDir) / "environment.proj").string()
-                                      : Options.EnvFileName;
+  Host.Environment =
+      std::make_shared<TLinuxEnvironment>(TLinuxEnvironmentOptions{Options.AppDataDir, Options.BaseDocumentsDir});
+  const std::filesystem::path AppDataDir = Host.Environment->fnAppDataDir();
+  const std::string EnvFileName =
+      Options.EnvFileName.empty() ? (AppDataDir / "environment.proj").string() : Options.EnvFileName;
   Host.EnvFileWriter = std::make_shared<TLinuxEnvFileWriter>(EnvFileName);
+  Host.Registry = std::make_shared<TLinuxHostRegistry>();
+  Host.EnvFileWriter->SetSaveRoutines(
+      [Registry = Host.Registry](IOTAEnvFileWriter& Writer) { Registry->RunEnvSaveRoutines(Writer); });
+  Host.Build = std::make_shared<TLinuxBuildServices>((AppDataDir / "build.lock").string(), Options.Notice);
+  Host.Build->Engine().SetVariable("ZephEnvFile", EnvFileName);
 
   THostServices& Services = Host.Services;
   Services.AppIniFile = Host.Settings;
@@ -34,6 +39,8 @@ TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options) {
                                                : std::make_shared<hestrel::THestrelClientFactory>(
                                                      Host.Environment->fnAppDataDir());
   Services.ProgressDisplay = Options.ProgressDisplay;
+  Services.Build = Host.Build;
+  Services.Registry = Host.Registry;
   SetHostServices(Services);
   return Host;
 }

@@ -1,5 +1,6 @@
-// Profile manager. Its operations on the settings store, profile files and the remote agent
-// are implemented in the .cpp files of their own subsystems: persistence/, remote/.
+// Profile manager. Its operations on the settings store, profile files, the remote agent and
+// projects are implemented in the .cpp files of their own subsystems: persistence/, remote/,
+// deploy/.
 #pragma once
 
 #include <cstddef>
@@ -198,6 +199,23 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   bool StartRemoteDebugger(const IOTARemoteProfilePtr& Profile, const std::string& A, TOTAProcessType ProcessType,
                            std::int32_t& N1, std::int32_t& N2, std::string& ErrorText,
                            const IOTAConnectionCallbackPtr& Callback) override;
+
+  // ---- Profile assignment for projects (deploy/ProfileAssignment.cpp) -----------------
+  /// 0 when nothing is missing (no profile needed, or the assigned one exists); 2, with
+  /// ErrorMessage set, when the platform needs a profile the project has not been given.
+  std::uint8_t EnsureProfile(const IOTAProjectPtr& Project, const std::string& PlatformName, bool ForCompile,
+                             std::string& ErrorMessage) override;
+  std::uint8_t EnsureProfileForCompile(const IOTAProjectPtr& Project, const std::string& PlatformName,
+                                       std::string& ErrorMessage) override;
+  std::uint8_t EnsureProfileForRun(const IOTAProjectPtr& Project, std::string& ErrorMessage) override;
+  IOTARemoteProfilePtr ExecuteNewProfileWizard(const std::string& PlatformName, bool FixPlatform) override;
+  std::string ShowSelectProfileDialog(const std::string& PlatformName) override;
+  void EditProfile(const std::string& ProfileName) override;
+
+  // ---- Deploy (deploy/Deploy.cpp) -----------------------------------------------------
+  bool CanDeployProject(const IOTAProjectPtr& Project, const IOTARemoteProfilePtr& Profile) const override;
+  bool DeployProject(const IOTAProjectPtr& Project, const IOTARemoteProfilePtr& Profile, const std::string& Config,
+                     const std::string& Platform, bool Flag) override;
 
   // ---- Class state -----------------------------------------------------------------
   static inline std::string FSelectedProfile;

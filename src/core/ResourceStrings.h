@@ -53,6 +53,14 @@ inline constexpr const char sUpdatedFilesFromRemotePath[] = "Updated files from 
 inline constexpr const char sProfileRequired[] =
     "A connection profile is required for this operation but has not been assigned.";
 
+// Deploy: the project's compile state.
+inline constexpr const char sDeployMustCompile[] = "The project must be compiled before it can be deployed. Continue?";
+inline constexpr const char sDeployCompileFailed[] =
+    "Unable to deploy the project because it did not successfully compile.";
+inline constexpr const char sDeployUnknownError[] = "An unknown error occurred attempting to deploy the project.";
+inline constexpr const char sDeployNotSupported[] =
+    "Remote deployment is not supported for this project and / or the current platform.";
+
 // Options page and new-profile wizard.
 inline constexpr const char sDeleteProfileQuestion[] = "Are you sure you want to delete the profile named '%s'?";
 inline constexpr const char sSpecifyPlatform[] = "Please specify a Platform for this profile";

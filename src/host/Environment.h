@@ -15,6 +15,8 @@ class IOTAEnvironment {
   virtual std::string GetVariable(const std::string& Name) const = 0;
   /// Declares a variable with its default value in the host's variable list (start-up declares ZEPHPROFILESDIR).
   virtual void AddVariable(const std::string& Name, const std::string& DefaultValue) = 0;
+  /// Whether the user set the variable, rather than only its declared default standing.
+  virtual bool IsVariableSet(const std::string& Name) const = 0;
   /// Expands the host's root macros ("$(NAME)") in Text (a profile's local root, when its client is made).
   virtual std::string ExpandRootMacro(const std::string& Text) const = 0;
 };

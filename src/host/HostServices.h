@@ -7,9 +7,11 @@
 #include <memory>
 
 #include "host/AgentClient.h"
+#include "host/BuildServices.h"
 #include "host/CustomIniFile.h"
 #include "host/EnvFileWriter.h"
 #include "host/Environment.h"
+#include "host/HostRegistry.h"
 #include "host/MessageBox.h"
 #include "host/Platforms.h"
 #include "host/ProgressDisplay.h"
@@ -24,6 +26,8 @@ struct THostServices {
   IOTAEnvironmentPtr Environment;          ///< directories, variables, root macros
   TRAClientFactoryPtr AgentLibrary;        ///< the remote-agent client library
   IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm
+  IOTABuildServicesPtr Build;              ///< the build engine and the global build lock
+  IOTAHostRegistryPtr Registry;            ///< start-up registrations, the options dialog
 };
 
 /// The installed host (empty members before SetHostServices).

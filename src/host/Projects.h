@@ -1,4 +1,6 @@
-// The host's project services: the open project group and each project's profiles.
+// The host's project services: the open project group, each project's profiles, and what
+// a deploy asks of a project (its compile state, its preparation, the file the build
+// engine runs).
 #pragma once
 
 #include <memory>
@@ -10,6 +12,8 @@ class IOTAProjectPlatforms {
   virtual ~IOTAProjectPlatforms() = default;
   virtual std::string GetProfile(const std::string& PlatformName) const = 0;
   virtual void SetProfile(const std::string& PlatformName, const std::string& ProfileName) = 0;
+  /// Whether PlatformName is one of the platforms the project is built for (exact comparison).
+  virtual bool GetSupported(const std::string& PlatformName) const = 0;
 };
 using IOTAProjectPlatformsPtr = std::shared_ptr<IOTAProjectPlatforms>;
 
@@ -25,6 +29,30 @@ class IOTAProject {
   virtual IOTAProjectPlatformsPtr GetProjectPlatforms() = 0;
 };
 using IOTAProjectPtr = std::shared_ptr<IOTAProject>;
+
+/// The project's deployment interface; a project offers it by deriving from it.
+class IOTAProjectDeployment {
+ public:
+  virtual ~IOTAProjectDeployment() = default;
+  /// The compile state of (Config, Platform): 0 up to date, 1 never compiled, 2 out of date,
+  /// 3 cannot tell, 4 the project cannot be deployed for that platform. With both empty the
+  /// host first compiles the active configuration for the current platform (the user agreed
+  /// to compile) and answers for them.
+  virtual int GetCompileState(const std::string& Config, const std::string& Platform) = 0;
+  /// Called once the deploy goes ahead, before the build engine runs.
+  virtual void PrepareForDeploy() = 0;
+};
+
+/// The project as the build engine runs it; a project offers it by deriving from it.
+class IOTACustomProject {
+ public:
+  virtual ~IOTACustomProject() = default;
+  /// The project file the build engine is given.
+  virtual std::string GetProjectFileName() const = 0;
+  /// Whether the project holds changes its file does not have yet; Save writes them.
+  virtual bool GetModified() const = 0;
+  virtual void Save() = 0;
+};
 
 class IOTAProjectGroup {
  public:

@@ -9,6 +9,7 @@
 
 #include "host/AgentClient.h"
 #include "host/PlatformSDK.h"
+#include "host/Projects.h"
 #include "host/ToolsApi.h"
 
 class IOTARemoteProfileServices {
@@ -94,5 +95,18 @@ class IOTARemoteProfileServices {
   virtual bool StartRemoteDebugger(const IOTARemoteProfilePtr& Profile, const std::string& A,
                                    TOTAProcessType ProcessType, std::int32_t& N1, std::int32_t& N2,
                                    std::string& ErrorText, const IOTAConnectionCallbackPtr& Callback) = 0;
+
+  // Profile assignment for projects and deploy
+  virtual std::uint8_t EnsureProfile(const IOTAProjectPtr& Project, const std::string& PlatformName, bool ForCompile,
+                                     std::string& ErrorMessage) = 0;
+  virtual std::uint8_t EnsureProfileForCompile(const IOTAProjectPtr& Project, const std::string& PlatformName,
+                                               std::string& ErrorMessage) = 0;
+  virtual std::uint8_t EnsureProfileForRun(const IOTAProjectPtr& Project, std::string& ErrorMessage) = 0;
+  virtual IOTARemoteProfilePtr ExecuteNewProfileWizard(const std::string& PlatformName, bool FixPlatform) = 0;
+  virtual std::string ShowSelectProfileDialog(const std::string& PlatformName) = 0;
+  virtual void EditProfile(const std::string& ProfileName) = 0;
+  virtual bool CanDeployProject(const IOTAProjectPtr& Project, const IOTARemoteProfilePtr& Profile) const = 0;
+  virtual bool DeployProject(const IOTAProjectPtr& Project, const IOTARemoteProfilePtr& Profile,
+                             const std::string& Config, const std::string& Platform, bool Flag) = 0;
 };
 using IOTARemoteProfileServicesPtr = std::shared_ptr<IOTARemoteProfileServices>;

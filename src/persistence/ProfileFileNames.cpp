@@ -20,6 +20,16 @@ std::string AppDataDirectory() {
   return Dir;
 }
 
+std::string ProfilesDirectory() {
+  const auto& Environment = HostServices().Environment;
+  std::string Dir = Environment && Environment->IsVariableSet("ZEPHPROFILESDIR")
+                        ? Environment->GetVariable("ZEPHPROFILESDIR")
+                        : std::string();
+  if (Dir.empty()) return AppDataDirectory();
+  if (Dir.back() != '/') Dir += '/';
+  return Dir;
+}
+
 bool TPathItemLists::Add(const TOTARemoteProfilePathItem& Item) {
   const TRAPathItem Entry{Item.Path, Item.Mask, Item.IncludeSubDir};
   switch (Item.Type) {

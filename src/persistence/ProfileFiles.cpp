@@ -31,7 +31,7 @@ TMsgDlgBtn Ask(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& 
 std::string TRemoteProfileManager::GetProfileFileName(const std::string& ProfileName) {
   // Only a valid file name becomes a path, so no name reaches outside the directory; an
   // invalid name has no profile file (docs/DECISIONS.md).
-  const std::string Dir = AppDataDirectory();
+  const std::string Dir = ProfilesDirectory();
   if (Dir.empty() || !IsValidProfileFileName(ProfileName)) return {};
   return Dir + ProfileName + kProfileFileExtension;
 }
@@ -68,8 +68,13 @@ bool TRemoteProfileManager::LoadProfileFile(const std::string& FileName, std::st
   TRAClientFactory* Library = TRAClientFactory::GetInstance();
   const std::unique_ptr<TRAClientProfile> Profile = Library ? Library->CreateProfile() : nullptr;
   if (!Profile) return false;  // no agent library: no file can be read
-  const std::string Target = FileName.empty() ? GetProfileFileName(ProfileName) : FileName;
+  std::string Target = FileName.empty() ? GetProfileFileName(ProfileName) : FileName;
   std::error_code Ignored;
+  // A profile saved before ZEPHPROFILESDIR was set is still read from the application-data
+  // directory, so setting the variable never hides it; its next save moves it.
+  if (FileName.empty() && !Target.empty() && !std::filesystem::exists(Target, Ignored) &&
+      ProfilesDirectory() != AppDataDirectory())
+    Target = AppDataDirectory() + ProfileName + kProfileFileExtension;
   if (Target.empty() || !std::filesystem::exists(Target, Ignored)) return false;
   if (!Profile->ReadProfileSettings(Target)) return false;
 

@@ -26,6 +26,9 @@ bool IsValidProfileFileName(const std::string& Name);
 /// The host's application-data directory with a trailing "/"; "" without a host
 /// environment or when the host answers "".
 std::string AppDataDirectory();
+/// Where profile files are written and first looked for, with a trailing "/": the value of
+/// ZEPHPROFILESDIR when the user set it, else AppDataDirectory().
+std::string ProfilesDirectory();
 
 /// Path items sorted by type into the profile file's four lists, for profiles and default
 /// path sets alike: type 0 include, 1 library, 3 other, 2 framework; other types dropped.

@@ -130,7 +130,7 @@ class TZephprofTest : public ::testing::Test {
 
   const fs::path Dir = MakeTempDir("zephprof"), Settings = Dir / "settings.ini", Data = Dir / "data";
 
- private:
+ protected:
   static std::string Quoted(const std::string& Text) {
     std::string Result = "'";
     for (char C : Text) Result += C == '\'' ? std::string("'\\''") : std::string(1, C);

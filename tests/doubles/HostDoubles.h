@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -50,6 +51,10 @@ class TEnvironmentDouble : public IOTAEnvironment {
     Declared.emplace_back(Name, DefaultValue);
     Variables.try_emplace(Name, DefaultValue);
   }
+  bool IsVariableSet(const std::string& N) const override {
+    return Variables.contains(N) && std::find(Declared.begin(), Declared.end(), std::pair(N, Variables.at(N))) ==
+                                        Declared.end();
+  }
   std::string ExpandRootMacro(const std::string& Text) const override;
   std::string AppDataDir;
   std::string DocumentsDir;
@@ -81,6 +86,7 @@ class TProjectDouble : public IOTAProject,
   IOTAProjectPlatformsPtr GetProjectPlatforms() override { return Offers ? shared_from_this() : nullptr; }
   std::string GetProfile(const std::string& P) const override { return Profiles.contains(P) ? Profiles.at(P) : ""; }
   void SetProfile(const std::string& Platform, const std::string& Name) override { Profiles[Platform] = Name; }
+  bool GetSupported(const std::string&) const override { return true; }
   bool Offers;
   std::map<std::string, std::string> Profiles;
 };

@@ -6,10 +6,16 @@
 #include "host/HostServices.h"
 
 namespace {
-int StartupCount = 0;
-std::unique_ptr<TRemoteProfileMonitor>& Monitor() {
-  static std::unique_ptr<TRemoteProfileMonitor> Instance;
-  return Instance;
+/// What the manager's unit registered, so that shut-down undoes it with the same host.
+struct TManagerUnit {
+  int StartupCount = 0;
+  IOTAHostRegistryPtr Registry;
+  std::int32_t EnvSaveId = -1;
+  std::unique_ptr<TRemoteProfileMonitor> Monitor;
+};
+TManagerUnit& ManagerUnit() {
+  static TManagerUnit Unit;
+  return Unit;
 }
 }  // namespace
 
@@ -21,19 +27,31 @@ std::string DefaultProfilesDir() {
 }
 
 void RemoteProfileManagerStartup() {
-  if (StartupCount++ > 0) return;
+  TManagerUnit& Unit = ManagerUnit();
+  if (Unit.StartupCount++ > 0) return;
+  Unit.Registry = HostServices().Registry;
+  if (Unit.Registry) Unit.Registry->RegisterAddInOptions(kAddInOptionsClass);
   if (const auto& Environment = HostServices().Environment)
     Environment->AddVariable("ZEPHPROFILESDIR", DefaultProfilesDir());
-  Monitor() = std::make_unique<TRemoteProfileMonitor>();
+  if (Unit.Registry) Unit.EnvSaveId = Unit.Registry->RegisterEnvSave(SaveEnvFileDefaults);
+  Unit.Monitor = std::make_unique<TRemoteProfileMonitor>();
 }
 
 void RemoteProfileManagerShutdown() {
-  if (StartupCount == 0 || --StartupCount > 0) return;
-  Monitor().reset();
+  TManagerUnit& Unit = ManagerUnit();
+  if (Unit.StartupCount == 0 || --Unit.StartupCount > 0) return;
+  if (Unit.Registry) {
+    Unit.Registry->UnregisterAddInOptions(kAddInOptionsClass);
+    // The host must not call a routine of a plug-in that has stopped.
+    Unit.Registry->UnregisterEnvSave(Unit.EnvSaveId);
+  }
+  Unit.Registry.reset();
+  Unit.EnvSaveId = -1;
+  Unit.Monitor.reset();
   TRemoteProfileManager::FSelectedProfile.clear();
 }
 
-bool RemoteProfileMonitorActive() { return Monitor() != nullptr; }
+bool RemoteProfileMonitorActive() { return ManagerUnit().Monitor != nullptr; }
 
 void SaveEnvFileDefaults(IOTAEnvFileWriter& Writer) {
   const auto& Platforms = HostServices().Platforms;
@@ -41,6 +59,25 @@ void SaveEnvFileDefaults(IOTAEnvFileWriter& Writer) {
   if (!Platforms || !Settings) return;
   for (const std::string& Platform : Platforms->GetAllPlatforms()) {
     Writer.SetCurrentPropertyGroup(Format("'$(Platform)'=='%s'", {Platform}));
-    Writer.UpdateEnvFile("DefaultProfile", Settings->ReadString("RemoteProfiles", Format("Default_%s", {Platform}), ""));
+    Writer.UpdateEnvFile("DefaultProfile",
+                         Settings->ReadString("RemoteProfiles", Format("Default_%s", {Platform}), ""));
   }
+}
+
+const std::vector<TUnitSections>& PackageUnits() {
+  // The manager's class events need no section: they are static members, alive before
+  // the first unit starts and after the last one stops.
+  static const std::vector<TUnitSections> Units = {
+      {RemoteProfileManagerStartup, RemoteProfileManagerShutdown},
+  };
+  return Units;
+}
+
+void PackageStartup() {
+  for (const TUnitSections& Unit : PackageUnits()) Unit.Startup();
+}
+
+void PackageShutdown() {
+  const auto& Units = PackageUnits();
+  for (auto It = Units.rbegin(); It != Units.rend(); ++It) It->Shutdown();
 }

@@ -65,7 +65,7 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   EXPECT_EQ(Host.SettingsLoadError, "");
   EXPECT_EQ(Host.Settings->GetFileName(), At(".config/zephprof/settings.ini"));
   EXPECT_EQ(ModeOf(At(".config/zephprof")), 0700u);  // made so that UpdateFile can write
-  EXPECT_EQ(Host.EnvFileWriter->GetFileName(), At(".config/zephprof/environment.proj"));
+  EXPECT_EQ(Host.EnvFileWriter->GetFileName(), At(".local/share/zephprof/environment.proj"));
   EXPECT_EQ(ModeOf(At(".local/share/zephprof")), 0700u);  // made for the agent library
   EXPECT_EQ(Host.Environment->fnBaseDocumentsDir(), At("Documents/zephprof"));
   EXPECT_FALSE(std::filesystem::exists(At("Documents")));
