@@ -14,6 +14,7 @@
 #include "host/Platforms.h"
 #include "host/ProgressDisplay.h"
 #include "host/Projects.h"
+#include "host/UserInterface.h"
 
 struct THostServices {
   TCustomIniFilePtr AppIniFile;            ///< the settings store RemoteProfileMgr is created with
@@ -24,6 +25,7 @@ struct THostServices {
   IOTAEnvironmentPtr Environment;          ///< directories, variables, root macros
   TRAClientFactoryPtr AgentLibrary;        ///< the remote-agent client library
   IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm
+  IOTAUserInterfaceServicesPtr Ui;         ///< input queries, file dialogs, the forms of the pages
 };
 
 /// The installed host (empty members before SetHostServices).
