@@ -34,6 +34,7 @@ TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options) {
                                                : std::make_shared<hestrel::THestrelClientFactory>(
                                                      Host.Environment->fnAppDataDir());
   Services.ProgressDisplay = Options.ProgressDisplay;
+  Services.Ui = Options.Ui;
   SetHostServices(Services);
   return Host;
 }

@@ -21,6 +21,7 @@ struct TLinuxHostOptions {
   IProgressDisplayPtr ProgressDisplay;      ///< the front end's progress display
   IOTAProjectServicesPtr Projects;          ///< open projects, when the front end has any
   TRAClientFactoryPtr AgentLibrary;         ///< hestrel::THestrelClientFactory(app-data dir)
+  IOTAUserInterfaceServicesPtr Ui;          ///< the front end's user interface (none: nullptr)
 };
 
 /// The installed host and the concrete pieces a front end needs beyond the interfaces.
