@@ -33,7 +33,8 @@ bool TAppContext::Open() {
   std::string LoadError;
   auto Messages = std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr);
   Messages->SetBeforeShow([Progress = FProgress] { Progress->ClearLine(); });
-  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, Messages, FProgress, LoadError);
+  FUi = std::make_shared<TTerminalUserInterface>(Interactive, FIn, FErr);
+  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, Messages, FProgress, FUi, LoadError);
   if (!FIni) {
     Error(LoadError);
     return false;

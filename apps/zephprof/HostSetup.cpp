@@ -6,18 +6,24 @@
 
 #include "host/startup/HostIntegration.h"
 #include "hosts/linux/LinuxHost.h"
+#include "ui/RemoteProfileOptions.h"
+#include "ui/RemoteProfileWizard.h"
 
-TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, std::string& LoadError) {
+TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir, IOTAMessageServicesPtr Messages,
+                        IProgressDisplayPtr Progress, IOTAUserInterfaceServicesPtr Ui, std::string& LoadError) {
   TLinuxHostOptions Options;
   Options.SettingsFileName = SettingsFile;
   Options.AppDataDir = DataDir;
   Options.Messages = std::move(Messages);
   Options.ProgressDisplay = std::move(Progress);
+  Options.Ui = std::move(Ui);
   const TLinuxHost Host = InstallLinuxHost(Options);
   LoadError = Host.SettingsLoadError;
   // The manager's unit starts (ZEPHPROFILESDIR, the project monitor).
   RemoteProfileManagerStartup();
+  // The editing commands run on the options page and the new-profile wizard.
+  RemoteProfileOptionsStartup();
+  RemoteProfileWizardStartup();
   return Host.Settings;
 }
 

@@ -109,24 +109,6 @@ TDefaultCheck DefaultCheckFor(const IOTARemoteProfileServices& Services, const s
   return Services.GetProfileCount(PlatformName) > 0 ? TDefaultCheck::Optional : TDefaultCheck::ForcedOn;
 }
 
-bool NewProfileIsDefault(const IOTARemoteProfileServices& Services, const std::string& PlatformName, bool Requested) {
-  switch (DefaultCheckFor(Services, PlatformName)) {
-    case TDefaultCheck::Hidden: return false;
-    case TDefaultCheck::ForcedOn: return true;
-    case TDefaultCheck::Optional: return Requested;
-  }
-  return false;
-}
-
-IOTARemoteProfilePtr AddNewProfile(TRemoteProfileManager& Manager, const TNewProfileSettings& Settings) {
-  const std::string Name = TrimText(Settings.Name);
-  if (!Manager.ValidateProfileName(Name)) return nullptr;
-  const bool AsDefault = NewProfileIsDefault(Manager, Settings.PlatformName, Settings.AsDefault);
-  const TOTARemoteProfilePathArray Paths = GetDefaultPaths(Settings.PlatformName);
-  return Manager.AddProfile(Name, Settings.PlatformName, TrimText(Settings.HostName), Settings.PortNumber,
-                            Settings.Credential, Settings.SystemRoot, Paths, AsDefault);
-}
-
 IOTARemoteProfilePtr CopyProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Source,
                                  const std::string& NewName) {
   if (!Source) return nullptr;
@@ -182,11 +164,6 @@ bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& P
   Renames.Deleted(Name);
   Manager.RemoveProfile(Profile);
   return true;
-}
-
-bool CanSetAsDefault(const TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile) {
-  if (!Profile || IsWindowsPlatform(Profile->GetPlatformName())) return false;
-  return Manager.GetDefaultForPlatform(Profile->GetPlatformName()) != Profile;
 }
 
 bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, std::string& FileName) {

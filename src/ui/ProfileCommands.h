@@ -59,26 +59,6 @@ enum class TDefaultCheck {
   Optional,  ///< the user may choose (starts unchecked)
 };
 TDefaultCheck DefaultCheckFor(const IOTARemoteProfileServices& Services, const std::string& PlatformName);
-/// Whether a new profile becomes its platform's default when the user asked for Requested.
-bool NewProfileIsDefault(const IOTARemoteProfileServices& Services, const std::string& PlatformName, bool Requested);
-
-/// What the two wizard pages collect; the port starts at 64211 and the credential as an
-/// empty typed password.
-struct TNewProfileSettings {
-  std::string Name;
-  std::string PlatformName;
-  std::string HostName;
-  std::int32_t PortNumber = 64211;
-  TOTARemoteProfileCredential Credential;
-  std::string SystemRoot;
-  bool AsDefault = false;  ///< what the user asked; NewProfileIsDefault decides
-};
-
-/// The wizard's run and the adding of its profile in one: trims the name, validates it with
-/// the manager's ValidateProfileName (which reports), takes the platform's default path
-/// items (GetDefaultPaths) and adds the profile. nullptr when the name was refused.
-IOTARemoteProfilePtr AddNewProfile(TRemoteProfileManager& Manager, const TNewProfileSettings& Settings);
-
 /// The options page's Copy: the trimmed new name must pass ValidateProfileName; the copy
 /// gets every setting of Source (its own copy of the path items), its local root moved along
 /// with ReplacePathPart. nullptr when the name was refused.
@@ -108,10 +88,6 @@ TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProf
 /// '%s'?" (Yes, No); on Yes forgets the profile's renames and removes it. Answers whether it
 /// did.
 bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, TRenameMap& Renames);
-
-/// The options page's `SetAsDefaultActionUpdate`: not a "Win32"/"Win64" profile, not
-/// already default.
-bool CanSetAsDefault(const TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile);
 
 /// The options page's Export: ".profile" appended when FileName has no extension; an
 /// existing file is replaced only after the host's overwrite question is answered Yes.
