@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/ProgressDisplay.h"
 #include "ui/Controls.h"
 
 class TProgressForm : public TForm {
@@ -68,6 +69,17 @@ class TProgressForm : public TForm {
 /// false once the user has pressed Cancel (the operation must then stop).
 bool UpdateProgress(TOTAProgressType Kind, std::int32_t Current, std::int32_t Total, const std::string& Text,
                     const std::string& Path, const std::string& File, std::int32_t FilePercent, bool CloseWhenDone);
+
+/// The progress window as the host's progress display, which the operations run with progress
+/// (the manager's UpdateProgressForm) draw: a front end installs it in THostServices.
+class TProgressFormDisplay : public IProgressDisplay {
+ public:
+  bool UpdateProgress(TOTAProgressType Kind, std::int32_t Index, std::int32_t Count, const std::string& Text,
+                      const std::string& Detail1, const std::string& Detail2, std::int32_t Position,
+                      bool CloseWhenDone) override {
+    return ::UpdateProgress(Kind, Index, Count, Text, Detail1, Detail2, Position, CloseWhenDone);
+  }
+};
 
 /// Path shortened to at most MaxChars characters, the middle replaced by "...".
 std::string ShortenPath(const std::string& Path, std::size_t MaxChars = 60);
