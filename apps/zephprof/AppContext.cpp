@@ -33,7 +33,8 @@ bool TAppContext::Open() {
   std::string LoadError;
   auto Messages = std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr);
   Messages->SetBeforeShow([Progress = FProgress] { Progress->ClearLine(); });
-  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, FOptions.GroupFile, Messages, FProgress,
+  FUi = std::make_shared<TTerminalUserInterface>(Interactive, FIn, FErr);
+  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, FOptions.GroupFile, Messages, FProgress, FUi,
                      [this](const std::string& Text) { Error(Text); }, LoadError);
   if (!FIni) {
     Error(LoadError);

@@ -11,6 +11,7 @@
 #include "hosts/linux/IniFile.h"
 #include "hosts/linux/ProfileSdkStore.h"
 #include "hosts/linux/TerminalProgress.h"
+#include "hosts/linux/TerminalUserInterface.h"
 #include "ui/ProfileCommands.h"
 
 /// Exit statuses: success, the operation failed, a usage error.
@@ -51,6 +52,8 @@ class TAppContext {
 
   /// The command's progress display (also the host's, for UpdateProgressForm).
   TTerminalProgress& Progress() { return *FProgress; }
+  /// The host's user interface, where a command prepares the answers its arguments give.
+  TTerminalUserInterface& Ui() { return *FUi; }
 
   const TGlobalOptions& Options() const { return FOptions; }
   bool Json() const { return FOptions.Json; }
@@ -72,6 +75,7 @@ class TAppContext {
   std::string FSettingsFile;
   TIniFilePtr FIni;
   std::shared_ptr<TTerminalProgress> FProgress;
+  std::shared_ptr<TTerminalUserInterface> FUi;
   TRemoteProfileManagerPtr FLive;
   TProfileSdkStorePtr FSdks;
 };

@@ -1,14 +1,17 @@
-// zephprof: list, show, add, copy, rename, remove, set, default — the options page and the
-// new-profile wizard through src/ui/ProfileCommands, committed to the store.
+// zephprof: list, show, add, copy, rename, remove, set, default — add, set and default on the
+// options page and its new-profile wizard (OptionsSession.h), copy, rename and remove through
+// the page's own commands (src/ui/ProfileCommands); committed to the store.
 #include <filesystem>
 #include <memory>
 #include <ostream>
 
 #include "Commands.h"
 #include "Json.h"
+#include "OptionsSession.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
 #include "persistence/DefaultSdkPaths.h"
+#include "ui/RemoteProfileWizard.h"
 
 namespace {
 
@@ -102,22 +105,38 @@ struct TAddArgs {
 
 int Add(TAppContext& C, const TAddArgs& A) {
   if (!CheckPlatformArgument(C, A.Platform)) return ExitUsage;
-  TNewProfileSettings Settings;
-  if (!CheckHostName(A.Host) || !CheckPortNumber(A.Port, Settings.PortNumber)) return ExitUsage;
+  std::int32_t Port = 0;
+  if (!CheckHostName(A.Host) || !CheckPortNumber(A.Port, Port)) return ExitUsage;
+  TOTARemoteProfileCredential Credential;
   bool Given = false;
-  if (!ReadCredential(C, A.Credential, true, Settings.Credential, Given)) return ExitFailed;
-  Settings.Name = A.Name;
-  Settings.PlatformName = A.Platform;
-  Settings.HostName = A.Host;
-  Settings.AsDefault = A.AsDefault;
+  if (!ReadCredential(C, A.Credential, true, Credential, Given)) return ExitFailed;
+  // The wizard keeps Next disabled for a blank name: the manager's check says why.
+  if (!C.Live()->ValidateProfileName(TrimText(A.Name))) return ExitFailed;
+  TOptionsSession Session(C);
+  TRemoteProfilePage& Page = Session.Page();
+  // The new-profile wizard, filled in as a user would; a page that refuses its entries keeps
+  // the wizard open, and the wizard is then cancelled.
+  C.Ui().PresetForm([&](TForm& Form) {
+    auto& W = dynamic_cast<TRemoteProfileWizard&>(Form);
+    W.NewPage.ProfileNameEdit.EditText(A.Name);
+    W.NewPage.PlatformCombo.Select(W.NewPage.PlatformCombo.IndexOf(A.Platform));
+    if (A.AsDefault && !W.NewPage.DefaultCheckBox.Checked()) W.NewPage.DefaultCheckBox.Click();
+    W.NextButton.Click();
+    W.HostPage.HostNameCombo.EditText(A.Host);
+    W.HostPage.PortNumberCombo.EditText(A.Port);
+    if (Given) Session.EnterCredential(W.HostPage.RemoteProfilePasswordFrame, Credential);
+    W.FinishButton.Click();
+  });
+  const std::size_t Listed = Page.ProfileList.ListItems().size();
+  Page.AddButton.Click();
+  const IOTARemoteProfilePtr P = Page.ProfileList.Selected();
+  if (Page.ProfileList.ListItems().size() == Listed || !P) return ExitFailed;
   // Without --local-root the cache goes below the application-data directory (docs/DECISIONS.md).
-  Settings.SystemRoot = A.LocalRoot.empty() ? C.AppDataDir() + "/SDKs/" + TrimText(A.Name)
-                                            : std::filesystem::absolute(A.LocalRoot).string();
-  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
-  const IOTARemoteProfilePtr P = AddNewProfile(*Copy, Settings);
-  if (!P) return ExitFailed;
-  if (!C.Commit(Copy, {})) return ExitFailed;
-  const bool IsDefault = Copy->GetDefaultForPlatform(P->GetPlatformName()) == P;
+  Page.PropertyEditor.LocalRootEdit.EditText(A.LocalRoot.empty() ? C.AppDataDir() + "/SDKs/" + P->GetName()
+                                                                 : std::filesystem::absolute(A.LocalRoot).string());
+  if (!Session.Accept()) return ExitFailed;
+  const IOTARemoteProfilePtr Default = C.Live()->GetDefaultForPlatform(P->GetPlatformName());
+  const bool IsDefault = Default && SameText(Default->GetName(), P->GetName());
   // The SDK store took the new profile's items when the live manager added it.
   TOTARemoteProfilePathArray Stored;
   C.Sdks().Read(P->GetName(), Stored);
@@ -193,36 +212,38 @@ int Set(TAppContext& C, const TSetArgs& A, bool HostGiven, bool PortGiven) {
     C.Error("nothing to change (see zephprof set --help)");
     return ExitUsage;
   }
-  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
-  const IOTARemoteProfilePtr P = Copy->GetProfile(A.Name);
-  // The order the options page commits a profile's properties in: platform, host name, port
-  // number, credential, the rest.
-  if (!A.Platform.empty()) P->SetPlatformName(A.Platform);
-  P->BeginUpdate();
-  if (HostGiven) P->SetHostName(A.Host);
-  if (PortGiven) P->SetPortNumber(Port);
-  if (CredentialGiven) P->SetCredential(Credential);
-  if (!A.LocalRoot.empty()) P->SetSystemRoot(std::filesystem::absolute(A.LocalRoot).string());
-  P->EndUpdate();
-  if (!C.Commit(Copy, {})) return ExitFailed;
-  C.Out() << "Changed profile '" << P->GetName() << "'\n";
+  // The page's editors, in the order a user meets them; the page commits them on OK.
+  TOptionsSession Session(C);
+  TRemoteProfilePage& Page = Session.Page();
+  if (!Session.Select(A.Name)) return ExitFailed;
+  bool Taken = true;
+  if (!A.Platform.empty()) Taken = Page.PlatformCombo.Select(Page.PlatformCombo.IndexOf(A.Platform)) && Taken;
+  if (HostGiven) Taken = Page.HostNameCombo.EditText(A.Host) && Taken;
+  if (PortGiven) Taken = Page.PortNumberCombo.EditText(A.Port) && Taken;
+  if (CredentialGiven) Session.EnterCredential(Page.RemoteProfilePasswordFrame, Credential);
+  if (!A.LocalRoot.empty()) Page.PropertyEditor.LocalRootEdit.EditText(std::filesystem::absolute(A.LocalRoot).string());
+  if (!Taken) return ExitUsage;  // the page reported
+  if (!Session.Accept()) return ExitFailed;
+  C.Out() << "Changed profile '" << Page.ProfileList.Selected()->GetName() << "'\n";
   return ExitOk;
 }
 
 int Default(TAppContext& C, const std::string& Name) {
   if (!C.FindProfile(Name)) return ExitFailed;
-  const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
-  const IOTARemoteProfilePtr P = Copy->GetProfile(Name);
-  if (!CanSetAsDefault(*Copy, P)) {
-    if (Copy->GetDefaultForPlatform(P->GetPlatformName()) == P) {
+  TOptionsSession Session(C);
+  TRemoteProfilePage& Page = Session.Page();
+  if (!Session.Select(Name)) return ExitFailed;
+  const IOTARemoteProfilePtr P = Page.ProfileList.Selected();
+  if (!Page.SetAsDefaultItem.Enabled()) {
+    if (Page.WorkingCopy()->GetDefaultForPlatform(P->GetPlatformName()) == P) {
       C.Out() << "'" << P->GetName() << "' is already the default profile of " << P->GetPlatformName() << '\n';
       return ExitOk;
     }
     C.Error(Format("'%s' is a profile of %s, which has no default profile", {P->GetName(), P->GetPlatformName()}));
     return ExitFailed;
   }
-  Copy->SetAsDefaultForPlatform(P);
-  if (!C.Commit(Copy, {})) return ExitFailed;
+  Page.SetAsDefaultItem.Click();
+  if (!Session.Accept()) return ExitFailed;
   C.Out() << "'" << P->GetName() << "' is now the default profile of " << P->GetPlatformName() << '\n';
   return ExitOk;
 }

@@ -9,13 +9,14 @@
 #include "hosts/linux/LinuxProjects.h"
 
 TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, TNoticeFunc Notice,
-                        std::string& LoadError) {
+                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, IOTAUserInterfaceServicesPtr Ui,
+                        TNoticeFunc Notice, std::string& LoadError) {
   TLinuxHostOptions Options;
   Options.SettingsFileName = SettingsFile;
   Options.AppDataDir = DataDir;
   Options.Messages = std::move(Messages);
   Options.ProgressDisplay = std::move(Progress);
+  Options.Ui = std::move(Ui);
   Options.Notice = Notice;
   TLinuxHost Host = InstallLinuxHost(Options);
   LoadError = Host.SettingsLoadError;
@@ -24,8 +25,8 @@ TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& Data
     Host.Services.Projects = TLinuxProjectServices::OpenGroup(GroupFile, Host.Build, Notice, LoadError);
     SetHostServices(Host.Services);
   }
-  // The plug-in's units start (add-in options, ZEPHPROFILESDIR, the build-environment
-  // routine, the project monitor).
+  // The plug-in's units start: add-in options, ZEPHPROFILESDIR, the build-environment routine
+  // and the project monitor; the wizard and selector hooks; the options page.
   PackageStartup();
   return Host.Settings;
 }

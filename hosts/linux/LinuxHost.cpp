@@ -41,6 +41,7 @@ TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options) {
   Services.ProgressDisplay = Options.ProgressDisplay;
   Services.Build = Host.Build;
   Services.Registry = Host.Registry;
+  Services.Ui = Options.Ui;
   SetHostServices(Services);
   return Host;
 }

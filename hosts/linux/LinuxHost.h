@@ -24,6 +24,7 @@ struct TLinuxHostOptions {
   IOTAProjectServicesPtr Projects;      ///< open projects, when the front end has any
   TRAClientFactoryPtr AgentLibrary;     ///< hestrel::THestrelClientFactory(app-data dir)
   TNoticeFunc Notice;                   ///< what needs no answer (waiting for the build lock)
+  IOTAUserInterfaceServicesPtr Ui;          ///< the front end's user interface (none: nullptr)
 };
 
 /// The installed host and the concrete pieces a front end needs beyond the interfaces.

@@ -3,6 +3,12 @@
 
 #include "core/RemoteProfileManager.h"
 
+TRemoteProfileManagerPtr TRemoteProfileManager::CreateWorkingCopy() {
+  TRemoteProfileManagerPtr Copy = Create(nullptr);
+  Copy->FWorkingCopy = true;
+  return Copy;
+}
+
 std::int32_t TRemoteProfileManager::AddNotifier(const IOTARemoteProfileNotifierPtr& Notifier) {
   // Always appends, and removal only empties a slot: every index handed out stays valid.
   FNotifiers.push_back(Notifier);
@@ -40,6 +46,9 @@ void TRemoteProfileManager::SendNotify(const IOTARemoteProfilePtr& Profile, TPro
     }
   }
 
+  // A working copy's edits reach the program's subscribers (the project monitor among them)
+  // only when the copy is committed: NotifyRenames, Assign and RemoveProfile of the live manager.
+  if (FWorkingCopy) return;
   switch (Action) {
     case pnaAdded: FEvRemoteProfileAdded.Send(Profile); break;
     case pnaRemoved: FEvRemoteProfileRemoved.Send(Profile); break;

@@ -68,6 +68,10 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   /// one, the manager starts empty (an editable copy). Always made through this factory,
   /// because profiles hold the manager's callbacks through a weak reference.
   static TRemoteProfileManagerPtr Create(const TCustomIniFilePtr& Settings);
+  /// An editable copy for the options page: no store, and its changes are announced to its
+  /// own notifiers only, never to the class events, so projects hear of an edit only when the
+  /// copy is committed to the live manager.
+  static TRemoteProfileManagerPtr CreateWorkingCopy();
   ~TRemoteProfileManager() override;
   TRemoteProfileManager(const TRemoteProfileManager&) = delete;
   TRemoteProfileManager& operator=(const TRemoteProfileManager&) = delete;
@@ -245,6 +249,7 @@ class TRemoteProfileManager : public IOTARemoteProfileServices,
   std::vector<IOTARemoteProfileNotifierPtr> FNotifiers;  // removed slots stay as nullptr
   IOTAPlatformSDKPtr FPlatformSDK;
   bool FCloseProgressWhenDone = true;
+  bool FWorkingCopy = false;
 };
 
 /// The process-wide manager, created on the first call with the host's settings store

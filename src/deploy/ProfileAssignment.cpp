@@ -7,6 +7,7 @@
 #include "core/ResourceStrings.h"
 #include "deploy/SelectProfileHook.h"
 #include "host/HostServices.h"
+#include "host/NewRemoteProfile.h"
 
 TSelectRemoteProfileDialogFunc SelectRemoteProfileDialogFunc;
 
@@ -44,9 +45,11 @@ IOTARemoteProfilePtr TRemoteProfileManager::ExecuteNewProfileWizard(const std::s
   const IOTARemoteProfilePtr Made =
       ExecuteRemoteProfileWizardFunc(shared_from_this(), PlatformName, FixPlatform && !PlatformName.empty());
   if (!Made) return nullptr;  // cancelled: nothing added, nothing saved
+  // The wizard's "Set as default" travels with the profile it answers.
+  const auto New = std::dynamic_pointer_cast<IOTANewRemoteProfile>(Made);
   const IOTARemoteProfilePtr Added =
       AddProfile(Made->GetName(), Made->GetPlatformName(), Made->GetHostName(), Made->GetPortNumber(),
-                 Made->GetCredential(), Made->GetSystemRoot(), Made->GetPaths(), false);
+                 Made->GetCredential(), Made->GetSystemRoot(), Made->GetPaths(), New && New->GetAsDefault());
   if (FSettings) SaveOptions(*FSettings);
   return Added;
 }

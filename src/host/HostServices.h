@@ -16,6 +16,7 @@
 #include "host/Platforms.h"
 #include "host/ProgressDisplay.h"
 #include "host/Projects.h"
+#include "host/UserInterface.h"
 
 struct THostServices {
   TCustomIniFilePtr AppIniFile;            ///< the settings store RemoteProfileMgr is created with
@@ -28,6 +29,7 @@ struct THostServices {
   IProgressDisplayPtr ProgressDisplay;     ///< drawn by UpdateProgressForm
   IOTABuildServicesPtr Build;              ///< the build engine and the global build lock
   IOTAHostRegistryPtr Registry;            ///< start-up registrations, the options dialog
+  IOTAUserInterfaceServicesPtr Ui;         ///< input queries, file dialogs, the forms of the pages
 };
 
 /// The installed host (empty members before SetHostServices).

@@ -18,15 +18,39 @@ bool IsWindowsPlatform(const std::string& PlatformName) {
 }
 
 TMsgDlgBtn Ask(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
+  return ShowMessageDlg(Text, Kind, Buttons);
+}
+
+void ShowError(const std::string& Text) { Ask(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
+
+}  // namespace
+
+TMsgDlgBtn ShowMessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
   const IOTAMessageServicesPtr& Messages = HostServices().Messages;
   // Without a message box nobody can answer: the safe answer is the last button (No/OK).
   if (!Messages) return Buttons.empty() ? TMsgDlgBtn::mbOK : Buttons.back();
   return Messages->MessageDlg(Text, Kind, Buttons);
 }
 
-void ShowError(const std::string& Text) { Ask(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
+void LoadHistory(TControl& Combo) {
+  IOTAUserInterfaceServices* Ui = HostUi();
+  if (Ui && !Combo.HistoryList.empty()) Combo.SetItems(Ui->GetHistory(Combo.HistoryList));
+}
 
-}  // namespace
+void AddToHistory(TControl& Combo) {
+  IOTAUserInterfaceServices* Ui = HostUi();
+  if (!Ui || Combo.HistoryList.empty() || TrimText(Combo.Text()).empty()) return;
+  Ui->AddToHistory(Combo.HistoryList, Combo.Text());
+  LoadHistory(Combo);
+}
+
+TWaitCursor::TWaitCursor() {
+  if (IOTAUserInterfaceServices* Ui = HostUi()) Ui->SetWaitCursor(true);
+}
+
+TWaitCursor::~TWaitCursor() {
+  if (IOTAUserInterfaceServices* Ui = HostUi()) Ui->SetWaitCursor(false);
+}
 
 std::string TrimText(const std::string& Text) {
   std::size_t First = 0;
@@ -54,27 +78,35 @@ bool IsPlatformChoice(const std::string& PlatformName) {
   return std::find(Choices.begin(), Choices.end(), PlatformName) != Choices.end();
 }
 
+TPlatformCombo::TPlatformCombo(TContainer& Owner, std::string Name)
+    : TControl(Owner, std::move(Name), TControlKind::ComboBox) {
+  std::vector<std::pair<std::string, std::string>> Entries;  // display name, platform
+  for (const std::string& Platform : PlatformChoices()) {
+    const std::string Display = GetPlatformDisplayName(Platform);
+    Entries.emplace_back(Display.empty() ? Platform : Display, Platform);
+  }
+  std::stable_sort(Entries.begin(), Entries.end());
+  std::vector<std::string> Texts;
+  for (auto& [Display, Platform] : Entries) {
+    Texts.push_back(Display);
+    FPlatforms.push_back(Platform);
+  }
+  SetItems(std::move(Texts));
+}
+
+std::string TPlatformCombo::PlatformAt(int Index) const {
+  return Index >= 0 && static_cast<std::size_t>(Index) < FPlatforms.size() ? FPlatforms[static_cast<std::size_t>(Index)]
+                                                                           : std::string();
+}
+
+int TPlatformCombo::IndexOf(const std::string& PlatformName) const {
+  const auto Found = std::find(FPlatforms.begin(), FPlatforms.end(), PlatformName);
+  return Found == FPlatforms.end() ? -1 : static_cast<int>(Found - FPlatforms.begin());
+}
+
 TDefaultCheck DefaultCheckFor(const IOTARemoteProfileServices& Services, const std::string& PlatformName) {
   if (IsWindowsPlatform(PlatformName)) return TDefaultCheck::Hidden;
   return Services.GetProfileCount(PlatformName) > 0 ? TDefaultCheck::Optional : TDefaultCheck::ForcedOn;
-}
-
-bool NewProfileIsDefault(const IOTARemoteProfileServices& Services, const std::string& PlatformName, bool Requested) {
-  switch (DefaultCheckFor(Services, PlatformName)) {
-    case TDefaultCheck::Hidden: return false;
-    case TDefaultCheck::ForcedOn: return true;
-    case TDefaultCheck::Optional: return Requested;
-  }
-  return false;
-}
-
-IOTARemoteProfilePtr AddNewProfile(TRemoteProfileManager& Manager, const TNewProfileSettings& Settings) {
-  const std::string Name = TrimText(Settings.Name);
-  if (!Manager.ValidateProfileName(Name)) return nullptr;
-  const bool AsDefault = NewProfileIsDefault(Manager, Settings.PlatformName, Settings.AsDefault);
-  const TOTARemoteProfilePathArray Paths = GetDefaultPaths(Settings.PlatformName);
-  return Manager.AddProfile(Name, Settings.PlatformName, TrimText(Settings.HostName), Settings.PortNumber,
-                            Settings.Credential, Settings.SystemRoot, Paths, AsDefault);
 }
 
 IOTARemoteProfilePtr CopyProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Source,
@@ -126,25 +158,19 @@ TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProf
 bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, TRenameMap& Renames) {
   if (!Profile) return false;
   const std::string Name = Profile->GetName();
-  if (Ask(Format(sDeleteProfileQuestion, {Name}), TMsgDlgType::mtConfirmation,
-          {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
+  if (Ask(Format(sDeleteProfileQuestion, {Name}), TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) !=
+      TMsgDlgBtn::mbYes)
     return false;
   Renames.Deleted(Name);
   Manager.RemoveProfile(Profile);
   return true;
 }
 
-bool CanSetAsDefault(const TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile) {
-  if (!Profile || IsWindowsPlatform(Profile->GetPlatformName())) return false;
-  return Manager.GetDefaultForPlatform(Profile->GetPlatformName()) != Profile;
-}
-
 bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, std::string& FileName) {
   if (!Profile || FileName.empty()) return false;
   if (!std::filesystem::path(FileName).has_extension()) FileName += ".profile";
-  if (std::filesystem::exists(FileName) &&
-      Ask(Format(sHostFileOverwrite, {FileName}), TMsgDlgType::mtConfirmation,
-          {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
+  if (std::filesystem::exists(FileName) && Ask(Format(sHostFileOverwrite, {FileName}), TMsgDlgType::mtConfirmation,
+                                               {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
     return false;
   Manager.SaveProfile(Profile, FileName);
   return true;
@@ -152,17 +178,24 @@ bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& P
 
 TImportResult ImportProfile(TRemoteProfileManager& Manager, const std::string& FileName,
                             IOTARemoteProfilePtr& Profile) {
-  Profile = Manager.LoadProfile(FileName);
-  if (!Profile) return TImportResult::NotTaken;
-  if (!IsPlatformChoice(Profile->GetPlatformName())) {
+  Profile = nullptr;
+  // The platform is read first: a profile the page cannot list must not enter the profiles it
+  // edits, nor change a held profile of the same name.
+  TRAClientFactory* Library = TRAClientFactory::GetInstance();
+  const std::unique_ptr<TRAClientProfile> Reader = Library ? Library->CreateProfile() : nullptr;
+  std::error_code Ignored;
+  if (!Reader || !std::filesystem::exists(FileName, Ignored) || !Reader->ReadProfileSettings(FileName))
+    return TImportResult::NotTaken;
+  if (!IsPlatformChoice(Reader->GetPlatform())) {
     ShowError(sImportedInvalidPlatform);
     return TImportResult::InvalidPlatform;
   }
-  return TImportResult::Imported;
+  Profile = Manager.LoadProfile(FileName);
+  return Profile ? TImportResult::Imported : TImportResult::NotTaken;
 }
 
 TRemoteProfileManagerPtr MakeWorkingCopy(const TRemoteProfileManagerPtr& Live) {
-  TRemoteProfileManagerPtr Copy = TRemoteProfileManager::Create(nullptr);
+  TRemoteProfileManagerPtr Copy = TRemoteProfileManager::CreateWorkingCopy();
   if (Live) Copy->Assign(Live);
   return Copy;
 }

@@ -1,8 +1,8 @@
-// The profile commands without a toolkit: what the options page and the new-profile wizard
-// do to profiles, so that every front end (zephprof, a Qt front end) only asks and draws.
-// The rules stay the system's: names go through ValidateProfileName (which shows its own
-// message), profiles through AddProfile, commits through NotifyRenames, Assign and
-// WriteEnvOptions. Messages of the host's own checks go through the host's message box.
+// What the options page, the new-profile wizard and the selection dialogs do to profiles,
+// below their controls: the models of this folder call these, so each rule exists once.
+// Names go through ValidateProfileName (which shows its own message), profiles through
+// AddProfile, commits through NotifyRenames, Assign and WriteEnvOptions. Messages of the
+// host's own checks go through the host's message box.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "core/RemoteProfileManager.h"
+#include "host/MessageBox.h"
+#include "ui/Controls.h"
 
 /// The host's Trim: leading and trailing characters up to and including the blank removed.
 std::string TrimText(const std::string& Text);
@@ -21,6 +23,35 @@ std::string TrimText(const std::string& Text);
 std::vector<std::string> PlatformChoices();
 bool IsPlatformChoice(const std::string& PlatformName);
 
+/// The platform combo box of the options page and the wizard: the platform choices shown by
+/// display name, sorted by text. Its index numbers the options page's list groups.
+class TPlatformCombo : public TControl {
+ public:
+  TPlatformCombo(TContainer& Owner, std::string Name);
+  /// The platform of an entry ("" for none), and the entry of a platform (-1 for none).
+  std::string PlatformAt(int Index) const;
+  int IndexOf(const std::string& PlatformName) const;
+  std::string SelectedPlatform() const { return PlatformAt(ItemIndex()); }
+
+ private:
+  std::vector<std::string> FPlatforms;
+};
+
+/// The host's message box; without one, the last button offered (the safe No / OK).
+TMsgDlgBtn ShowMessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons);
+/// A combo box with a history list: its items from the host's list, and its text added to it.
+void LoadHistory(TControl& Combo);
+void AddToHistory(TControl& Combo);
+
+/// The host's wait cursor while it lives.
+class TWaitCursor {
+ public:
+  TWaitCursor();
+  ~TWaitCursor();
+  TWaitCursor(const TWaitCursor&) = delete;
+  TWaitCursor& operator=(const TWaitCursor&) = delete;
+};
+
 /// The wizard's `PlatformComboSelect`: the state of "Set as default for the selected platform".
 enum class TDefaultCheck {
   Hidden,    ///< "Win32" / "Win64": unchecked, disabled, hidden
@@ -28,26 +59,6 @@ enum class TDefaultCheck {
   Optional,  ///< the user may choose (starts unchecked)
 };
 TDefaultCheck DefaultCheckFor(const IOTARemoteProfileServices& Services, const std::string& PlatformName);
-/// Whether a new profile becomes its platform's default when the user asked for Requested.
-bool NewProfileIsDefault(const IOTARemoteProfileServices& Services, const std::string& PlatformName, bool Requested);
-
-/// What the two wizard pages collect; the port starts at 64211 and the credential as an
-/// empty typed password.
-struct TNewProfileSettings {
-  std::string Name;
-  std::string PlatformName;
-  std::string HostName;
-  std::int32_t PortNumber = 64211;
-  TOTARemoteProfileCredential Credential;
-  std::string SystemRoot;
-  bool AsDefault = false;  ///< what the user asked; NewProfileIsDefault decides
-};
-
-/// The wizard's run and the adding of its profile in one: trims the name, validates it with
-/// the manager's ValidateProfileName (which reports), takes the platform's default path
-/// items (GetDefaultPaths) and adds the profile. nullptr when the name was refused.
-IOTARemoteProfilePtr AddNewProfile(TRemoteProfileManager& Manager, const TNewProfileSettings& Settings);
-
 /// The options page's Copy: the trimmed new name must pass ValidateProfileName; the copy
 /// gets every setting of Source (its own copy of the path items), its local root moved along
 /// with ReplacePathPart. nullptr when the name was refused.
@@ -78,23 +89,19 @@ TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProf
 /// did.
 bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, TRenameMap& Renames);
 
-/// The options page's `SetAsDefaultActionUpdate`: not a "Win32"/"Win64" profile, not
-/// already default.
-bool CanSetAsDefault(const TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile);
-
 /// The options page's Export: ".profile" appended when FileName has no extension; an
 /// existing file is replaced only after the host's overwrite question is answered Yes.
 /// FileName receives the name used. Answers whether the file was written.
 bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, std::string& FileName);
 
 enum class TImportResult { Imported, NotTaken, InvalidPlatform };
-/// The options page's Import: the manager's LoadProfile (with its own questions); a profile
-/// whose platform has no entry in the platform combo is reported with "The imported
-/// profile has an invalid platform".
-TImportResult ImportProfile(TRemoteProfileManager& Manager, const std::string& FileName,
-                            IOTARemoteProfilePtr& Profile);
+/// The options page's Import: the manager's LoadProfile (with its own questions). A file of a
+/// platform the platform combo does not offer is refused before anything is read into the
+/// manager, with "The imported profile has an invalid platform".
+TImportResult ImportProfile(TRemoteProfileManager& Manager, const std::string& FileName, IOTARemoteProfilePtr& Profile);
 
-/// The options page's first show: a working copy holding copies of Live's profiles.
+/// The options page's first show: a working copy (CreateWorkingCopy) holding copies of Live's
+/// profiles.
 TRemoteProfileManagerPtr MakeWorkingCopy(const TRemoteProfileManagerPtr& Live);
 /// The options page's accept: Live.NotifyRenames, Live.Assign(Copy), Live.WriteEnvOptions,
 /// in order.

@@ -195,6 +195,7 @@ class Startup : public TDeployFixture {};
 TEST_F(Startup, EachUnitRegistersOnceAndShutDownUndoesItInReverseAfterTheLastOne) {
   PackageStartup();
   PackageStartup();  // counted: nothing registered twice
+  EXPECT_TRUE(ExecuteRemoteProfileWizardFunc && ShowProfileSelectorFunc && SelectRemoteProfileDialogFunc);
   ASSERT_EQ(Registry->Routines.size(), 1u);
   Registry->Routines.front()(*EnvFile);  // the routine writes each platform's stored default
   EXPECT_EQ(EnvFile->Log.size(), 2 * Rules->GetAllPlatforms().size());
@@ -207,7 +208,9 @@ TEST_F(Startup, EachUnitRegistersOnceAndShutDownUndoesItInReverseAfterTheLastOne
   PackageShutdown();  // one more than start-ups: nothing
   EXPECT_FALSE(RemoteProfileMonitorActive());
   EXPECT_EQ(TRemoteProfileManager::FSelectedProfile, "");
+  EXPECT_FALSE(ExecuteRemoteProfileWizardFunc || ShowProfileSelectorFunc || SelectRemoteProfileDialogFunc);
   EXPECT_EQ(Log, (TNames{"RegisterAddInOptions TRemoteProfileAddInEnvironmentOptions", "RegisterEnvSave 7",
+                         "RegisterPage TRemoteProfilePage", "UnregisterPage TRemoteProfilePage",
                          "UnregisterAddInOptions TRemoteProfileAddInEnvironmentOptions", "UnregisterEnvSave 7"}));
 }
 

@@ -4,6 +4,10 @@
 #include "core/RemoteProfileMonitor.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
+#include "ui/RemoteProfileOptions.h"
+#include "ui/RemoteProfileWizard.h"
+#include "ui/SelectProfileDlg.h"
+#include "ui/SelectRemoteProfileDlg.h"
 
 namespace {
 /// What the manager's unit registered, so that shut-down undoes it with the same host.
@@ -66,9 +70,14 @@ void SaveEnvFileDefaults(IOTAEnvFileWriter& Writer) {
 
 const std::vector<TUnitSections>& PackageUnits() {
   // The manager's class events need no section: they are static members, alive before
-  // the first unit starts and after the last one stops.
+  // the first unit starts and after the last one stops. The wizard and the two selection
+  // dialogs fill their hooks; the options page registers its page class.
   static const std::vector<TUnitSections> Units = {
       {RemoteProfileManagerStartup, RemoteProfileManagerShutdown},
+      {RemoteProfileWizardStartup, RemoteProfileWizardShutdown},
+      {SelectRemoteProfileDlgStartup, SelectRemoteProfileDlgShutdown},
+      {SelectProfileDlgStartup, SelectProfileDlgShutdown},
+      {RemoteProfileOptionsStartup, RemoteProfileOptionsShutdown},
   };
   return Units;
 }

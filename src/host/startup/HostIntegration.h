@@ -37,8 +37,8 @@ struct TUnitSections {
   void (*Startup)();
   void (*Shutdown)();
 };
-/// The package's units in unit order. The profile manager's unit is the system's own; the
-/// user-interface units (options, wizard, selection dialogs, pages) join at their places.
+/// The package's units in unit order: the profile manager's, the new-profile wizard's, the two
+/// selection dialogs' and the options page's.
 const std::vector<TUnitSections>& PackageUnits();
 /// Every unit's start-up section in unit order.
 void PackageStartup();

@@ -1,0 +1,41 @@
+// zephprof: the options page as the editing commands use it (see OptionsSession.h).
+#include "OptionsSession.h"
+
+#include "core/Text.h"
+#include "ui/RemoteProfileAddInOptions.h"
+
+namespace {
+
+std::vector<std::string> PageClasses() {
+  std::vector<std::string> Classes;
+  TRemoteProfileAddInEnvironmentOptions().CustomizeDialog(Classes);
+  return Classes;
+}
+
+}  // namespace
+
+TOptionsSession::TOptionsSession(TAppContext& Context) : FContext(Context), FDialog(PageClasses()) {
+  FPage = &dynamic_cast<TRemoteProfilePage&>(*FDialog.Pages().at(0));
+  FDialog.Show();
+}
+
+bool TOptionsSession::Select(const std::string& Name) {
+  const auto& Items = FPage->ProfileList.ListItems();
+  for (std::size_t I = 0; I < Items.size(); ++I)
+    if (SameText(Items[I].Data->GetName(), Name)) return FPage->ProfileList.Select(static_cast<int>(I));
+  FContext.Error(Format("'%s' is not listed on the options page (its platform is not offered there)", {Name}));
+  return false;
+}
+
+bool TOptionsSession::Accept() { return FDialog.Accept() && FContext.WriteSettingsFile(); }
+
+void TOptionsSession::EnterCredential(TRemoteProfilePasswordFrame& Frame,
+                                      const TOTARemoteProfileCredential& Credential) {
+  if (!Credential.IsPassword) {
+    FContext.Ui().PresetFile(Credential.PasswordOrFile);
+    Frame.SelectPassFileButton.Click();
+    return;
+  }
+  Frame.PasswordEdit.KeyPress(' ');
+  Frame.PasswordEdit.EditText(Credential.PasswordOrFile);
+}

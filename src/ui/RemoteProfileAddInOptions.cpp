@@ -1,0 +1,5 @@
+#include "ui/RemoteProfileAddInOptions.h"
+
+void TRemoteProfileAddInEnvironmentOptions::CustomizeDialog(std::vector<std::string>& PropertySheets) const {
+  PropertySheets.push_back("TRemoteProfilePage");
+}
