@@ -47,8 +47,8 @@ bool AgreesWithSubSection(TCustomIniFile& Settings, const TLoadedProfile& FromFi
   Stored.Name = FromFile.Name;
   ReadSubSection(Settings, Stored);
   if (Stored.Platform.empty()) return true;
-  return Stored.Platform == FromFile.Platform && Stored.HostName == FromFile.HostName &&
-         Stored.Port == FromFile.Port && Stored.Credential.IsPassword == FromFile.Credential.IsPassword &&
+  return Stored.Platform == FromFile.Platform && Stored.HostName == FromFile.HostName && Stored.Port == FromFile.Port &&
+         Stored.Credential.IsPassword == FromFile.Credential.IsPassword &&
          Stored.Credential.PasswordOrFile == FromFile.Credential.PasswordOrFile &&
          Stored.LocalRoot == FromFile.LocalRoot;
 }
