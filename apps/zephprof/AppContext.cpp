@@ -11,8 +11,9 @@
 #include "host/HostServices.h"
 #include "hosts/linux/TerminalMessageBox.h"
 
-TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err)
-    : FOptions(Options), FIn(In), FOut(Out), FErr(Err) {}
+TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
+                         std::ostream& ProgressErr)
+    : FOptions(Options), FIn(In), FOut(Out), FErr(Err), FProgressErr(ProgressErr) {}
 
 TAppContext::~TAppContext() = default;
 
@@ -25,22 +26,21 @@ std::string TAppContext::AppDataDir() const {
   return Environment ? Environment->fnAppDataDir() : std::string();
 }
 
-bool TAppContext::Open() {
+bool TAppContext::Open(bool ForWriting) {
   const TAnswerMode Mode =
       FOptions.Yes ? TAnswerMode::AlwaysYes : (FOptions.No ? TAnswerMode::AlwaysNo : TAnswerMode::Ask);
   const bool Interactive = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
-  FProgress = std::make_shared<TTerminalProgress>(FErr, isatty(STDERR_FILENO) == 1, TerminalWidth());
-  std::string LoadError;
+  FProgress = std::make_shared<TTerminalProgress>(FProgressErr, isatty(STDERR_FILENO) == 1, TerminalWidth());
   auto Messages = std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr);
   Messages->SetBeforeShow([Progress = FProgress] { Progress->ClearLine(); });
-  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, Messages, FProgress, LoadError);
-  if (!FIni) {
-    Error(LoadError);
-    return false;
-  }
+  TLinuxHost Host = InstallHost(FOptions.SettingsFile, FOptions.DataDir, Messages, FProgress, ForWriting);
+  FIni = Host.Settings;
+  FLock = Host.WriterLock;
+  const std::string& LoadError = Host.SettingsLoadError;
   FSettingsFile = FIni->GetFileName();
   if (!LoadError.empty()) {
-    // A damaged settings file: reported and never overwritten (its store refuses UpdateFile).
+    // A damaged, blank or locked settings file: reported and never overwritten (its store
+    // refuses UpdateFile).
     Error(LoadError);
     Error("the settings file was not changed");
     return false;

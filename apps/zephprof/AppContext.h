@@ -10,6 +10,7 @@
 #include "core/RemoteProfileManager.h"
 #include "hosts/linux/IniFile.h"
 #include "hosts/linux/ProfileSdkStore.h"
+#include "hosts/linux/StoreLock.h"
 #include "hosts/linux/TerminalProgress.h"
 #include "ui/ProfileCommands.h"
 
@@ -26,13 +27,17 @@ struct TGlobalOptions {
 
 class TAppContext {
  public:
-  TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err);
+  /// ProgressErr: the error stream as it is, for the progress display's own drawing.
+  TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
+              std::ostream& ProgressErr);
   ~TAppContext();
 
   /// Installs the reference host and loads the settings file; false (reported, naming the
   /// file and line) when the file is damaged or unreadable. Nothing is written then.
-  /// Registers the host's SDK store on the live manager, so it follows every change.
-  bool Open();
+  /// Registers the host's SDK store on the live manager, so it follows every change. A
+  /// command that changes the store (ForWriting) holds the writer lock from here on; false
+  /// (reported) when another writer kept it for the lock's time.
+  bool Open(bool ForWriting);
 
   TRemoteProfileManagerPtr Live() const { return FLive; }
   /// The reference host's SDK path items of each profile (what update-cache pulls).
@@ -68,8 +73,10 @@ class TAppContext {
   std::istream& FIn;
   std::ostream& FOut;
   std::ostream& FErr;
+  std::ostream& FProgressErr;
   std::string FSettingsFile;
   TIniFilePtr FIni;
+  std::shared_ptr<TStoreLock> FLock;
   std::shared_ptr<TTerminalProgress> FProgress;
   TRemoteProfileManagerPtr FLive;
   TProfileSdkStorePtr FSdks;

@@ -115,7 +115,7 @@ int Add(TAppContext& C, const TAddArgs& A) {
                                             : std::filesystem::absolute(A.LocalRoot).string();
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   const IOTARemoteProfilePtr P = AddNewProfile(*Copy, Settings);
-  if (!P) return ExitFailed;
+  if (!P || !CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   if (!C.Commit(Copy, {})) return ExitFailed;
   const bool IsDefault = Copy->GetDefaultForPlatform(P->GetPlatformName()) == P;
   // The SDK store took the new profile's items when the live manager added it.
@@ -134,7 +134,7 @@ int CopyCommand(TAppContext& C, const std::string& Name, const std::string& NewN
   if (!Source) return ExitFailed;
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   const IOTARemoteProfilePtr P = CopyProfile(*Copy, Copy->GetProfile(Name), NewName);
-  if (!P) return ExitFailed;
+  if (!P || !CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   // The copy's SDK is the source's: its entry is there before the live manager adds the
   // copy, so the SDK store keeps it (it fills only a profile without an entry).
   C.Sdks().Write(P->GetName(), C.Sdks().PathItemsOf(Source));
@@ -156,6 +156,7 @@ int Rename(TAppContext& C, const std::string& Name, const std::string& NewName) 
       return ExitOk;
     case TRenameResult::Renamed: break;
   }
+  if (!CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   if (!C.Commit(Copy, Renames)) return ExitFailed;
   C.Out() << "Renamed '" << Old << "' to '" << P->GetName() << "'\n";
   return ExitOk;
@@ -204,6 +205,7 @@ int Set(TAppContext& C, const TSetArgs& A, bool HostGiven, bool PortGiven) {
   if (CredentialGiven) P->SetCredential(Credential);
   if (!A.LocalRoot.empty()) P->SetSystemRoot(std::filesystem::absolute(A.LocalRoot).string());
   P->EndUpdate();
+  if (!CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   if (!C.Commit(Copy, {})) return ExitFailed;
   C.Out() << "Changed profile '" << P->GetName() << "'\n";
   return ExitOk;
@@ -254,7 +256,8 @@ void AddCreateCommands(CLI::App& App, TAction& Action) {
   AddCmd->add_option("--host", AddArgs->Host, "remote machine (name or IP address, user@host)")->required();
   AddCmd->add_option("--port", AddArgs->Port, "port of the Hestrel server (default 64211)");
   AddCredentialOptions(*AddCmd, AddArgs->Credential, false);
-  AddCmd->add_option("--local-root", AddArgs->LocalRoot, "local cache of the remote SDK (default: DATA/SDKs/NAME)");
+  AddCmd->add_option("--local-root", AddArgs->LocalRoot,
+                     "local cache of the remote SDK (default: DATA/SDKs/NAME; never DATA or a folder above it)");
   AddCmd->add_flag("--default", AddArgs->AsDefault, "make it the platform's default (the first one always is)");
   AddCmd->footer(
       "The first profile of a platform becomes its default; Win32 and Win64 profiles never do.\n"
@@ -295,7 +298,8 @@ void AddChangeCommands(CLI::App& App, TAction& Action) {
   auto* HostOpt = SetCmd->add_option("--host", SetArgs->Host, "new remote machine");
   auto* PortOpt = SetCmd->add_option("--port", SetArgs->Port, "new port number (0 to 65535)");
   AddCredentialOptions(*SetCmd, SetArgs->Credential, true);
-  SetCmd->add_option("--local-root", SetArgs->LocalRoot, "new local cache directory");
+  SetCmd->add_option("--local-root", SetArgs->LocalRoot,
+                     "new local cache directory (never the data directory or a folder above it)");
   SetCmd->footer("Example:\n  zephprof set \"Build Mac\" --host 10.0.0.7 --port 64212\n"
                  "  zephprof set \"Build Mac\" --password-stdin < new-password.txt");
   Then(SetCmd, Action, [SetArgs, HostOpt, PortOpt](TAppContext& C) {

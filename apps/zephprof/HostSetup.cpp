@@ -5,20 +5,19 @@
 #include <unistd.h>
 
 #include "host/startup/HostIntegration.h"
-#include "hosts/linux/LinuxHost.h"
 
-TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, std::string& LoadError) {
+TLinuxHost InstallHost(const std::string& SettingsFile, const std::string& DataDir, IOTAMessageServicesPtr Messages,
+                       IProgressDisplayPtr Progress, bool LockForWriting) {
   TLinuxHostOptions Options;
   Options.SettingsFileName = SettingsFile;
   Options.AppDataDir = DataDir;
   Options.Messages = std::move(Messages);
   Options.ProgressDisplay = std::move(Progress);
-  const TLinuxHost Host = InstallLinuxHost(Options);
-  LoadError = Host.SettingsLoadError;
+  Options.LockForWriting = LockForWriting;
+  TLinuxHost Host = InstallLinuxHost(Options);
   // The manager's unit starts (ZEPHPROFILESDIR, the project monitor).
   RemoteProfileManagerStartup();
-  return Host.Settings;
+  return Host;
 }
 
 int TerminalWidth() {
