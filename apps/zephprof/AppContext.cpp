@@ -4,12 +4,15 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "HostSetup.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
 #include "hosts/linux/TerminalMessageBox.h"
+#include "persistence/ProfileFiles.h"
 
 TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
                          std::ostream& ProgressErr)
@@ -47,6 +50,7 @@ bool TAppContext::Open(bool ForWriting) {
   }
   FLive = RemoteProfileMgr();
   if (!FLive) return false;
+  if (ForWriting) RemoveUncommittedProfileFiles();
   // The host's SDKs hear of every profile added, renamed or removed from here on
   // (profiles loaded above already have their entries, or fall back to their own items).
   FSdks = std::make_shared<TProfileSdkStore>(FIni);
@@ -68,9 +72,36 @@ bool TAppContext::WriteSettingsFile() {
   return false;
 }
 
+std::string TAppContext::AddingFileName() const { return FSettingsFile + ".adding"; }
+
+void TAppContext::RemoveUncommittedProfileFiles() {
+  std::ifstream Journal(AddingFileName());
+  if (!Journal) return;
+  for (std::string Name; std::getline(Journal, Name);)
+    if (!FLive->GetProfile(Name)) RemoveProfileFile(FLive->GetProfileFileName(Name));
+  std::error_code Ignored;
+  std::filesystem::remove(AddingFileName(), Ignored);
+}
+
 bool TAppContext::Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames) {
+  // The profile files of names new to the store are written before the settings file; they are
+  // listed beside it first, so that a writer killed before its commit does not leave them to
+  // the next one as files no profile names (Open removes them).
+  std::vector<std::string> Adding;
+  for (const auto& [Platform, List] : Copy->GetProfiles())
+    for (const IOTARemoteProfilePtr& P : List)
+      if (!FLive->GetProfile(P->GetName())) Adding.push_back(P->GetName());
+  if (!Adding.empty()) {
+    std::ofstream Journal(AddingFileName(), std::ios::trunc);
+    for (const std::string& Name : Adding) Journal << Name << '\n';
+  }
   CommitWorkingCopy(*FLive, Copy, Renames);
-  return WriteSettingsFile();
+  const bool Written = WriteSettingsFile();
+  if (!Written)
+    for (const std::string& Name : Adding) RemoveProfileFile(FLive->GetProfileFileName(Name));
+  std::error_code Ignored;
+  std::filesystem::remove(AddingFileName(), Ignored);
+  return Written;
 }
 
 bool TAppContext::SaveLive() {

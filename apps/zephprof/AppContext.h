@@ -47,6 +47,8 @@ class TAppContext {
   IOTARemoteProfilePtr FindProfile(const std::string& Name);
 
   /// The options page's accept (NotifyRenames, Assign, WriteEnvOptions), then the file is written.
+  /// The names it adds are listed in "<settings file>.adding" until then; when the file cannot
+  /// be written their profile files are removed again.
   bool Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames);
   /// The live manager's own change committed: SaveOptions, then the file is written.
   bool SaveLive();
@@ -69,6 +71,11 @@ class TAppContext {
   std::string AppDataDir() const;
 
  private:
+  std::string AddingFileName() const;
+  /// Removes the profile files that a writer killed before its commit listed as adding and the
+  /// committed store does not hold, then the list.
+  void RemoveUncommittedProfileFiles();
+
   TGlobalOptions FOptions;
   std::istream& FIn;
   std::ostream& FOut;

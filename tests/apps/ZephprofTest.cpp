@@ -236,12 +236,14 @@ TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
        TStep({"list"}, 0, "")});
   EXPECT_TRUE(fs::is_symlink(Settings));
   EXPECT_FALSE(fs::exists(Dir / "missing-dir"));
+  EXPECT_FALSE(fs::exists(Data / "Mac.profile"));  // the profile file of what was not committed goes too
 }
 
 TEST_F(Zephprof, ParallelWritersKeepEveryChangeAndRemoveWhatKilledWritersLeft) {
   const fs::path Stale = Data / ".Gone.profile.tmp-AbC123", Young = Dir / ".settings.ini.tmp-XyZ789";
   Run({Add("Keep", "Linux64")});
-  for (const fs::path& Left : {Stale, Young}) std::ofstream(Left) << "half";
+  for (const fs::path& Left : {Stale, Young, Data / "Ghost.profile", Data / "Kept.profile"}) std::ofstream(Left) << "x";
+  std::ofstream(Settings.string() + ".adding") << "Ghost\n";  // a killed writer was adding it
   fs::last_write_time(Stale, fs::file_time_type::clock::now() - std::chrono::minutes(1));
   fs::last_write_time(Young, fs::file_time_type::clock::now() + std::chrono::minutes(1));  // a live writer's
   const std::string Writer = std::string(ZEPH_ZEPHPROF_BINARY) + " --settings " + Settings.string() + " --data-dir " +
@@ -252,8 +254,8 @@ TEST_F(Zephprof, ParallelWritersKeepEveryChangeAndRemoveWhatKilledWritersLeft) {
   const std::string Listed = Z({"list"}).Out;  // every add kept, in any order, and the removal too
   for (int I = 0; I < 12; ++I) EXPECT_PRED2(Matches, Listed, "…P" + std::to_string(I) + "  h:64211\n…");
   EXPECT_FALSE(Matches(Listed, "…Keep…") || fs::exists(Data / "Keep.profile"));
-  EXPECT_FALSE(fs::exists(Stale));
-  EXPECT_TRUE(fs::exists(Young));
+  EXPECT_FALSE(fs::exists(Stale) || fs::exists(Data / "Ghost.profile"));
+  EXPECT_TRUE(fs::exists(Young) && fs::exists(Data / "Kept.profile"));
 }
 
 TEST_F(Zephprof, ControlCharactersAreShownEscapedOnATerminalAndJsonIsAlwaysUtf8) {
