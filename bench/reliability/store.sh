@@ -12,9 +12,10 @@
 #   torn       the settings file does not load, or a profile file is cut short (no "End")
 #   lost       the change was reported (exit 0) but a later load does not show it
 #   split      a load shows a profile other than the committed settings file holds it
-#   leftovers  temporary files (.*.tmp-XXXXXX) still there after the next writer ran
-# and at the end, how many profile files no profile of the store names (a killed add, copy or
-# rename may leave the new name's file: never loaded, replaced by the next save of that name).
+#   leftovers  temporary files (.*.tmp-XXXXXX, settings.ini.adding) still there after the next
+#              writer ran
+# and at the end, how many profile files no profile of the store names (what a killed add,
+# copy or rename wrote for a name it never committed).
 # Parallel writers (default 50 pairs each): two adds at once, then a remove racing an add;
 # a change counts as kept when a later load shows it (and a removed profile's file is gone).
 set -uo pipefail
@@ -52,8 +53,8 @@ kill_at() {
   done
   return 1
 }
-# Temporary files of atomic writes, in both folders.
-temporaries() { find "$WORK/config" "$DATA" -maxdepth 1 -name '.*.tmp-??????' | wc -l; }
+# Temporary files of atomic writes in both folders, and the list of names a commit is adding.
+temporaries() { find "$WORK/config" "$DATA" -maxdepth 1 \( -name '.*.tmp-??????' -o -name '*.adding' \) | wc -l; }
 # Profile files that no profile of the store names.
 unlisted() {
   local count=0 file name
