@@ -83,7 +83,7 @@ z put "$PROFILE" "$WORK/local/hello.txt" --to "$REMOTE/deploy"
 cmp -s "$WORK/local/hello.txt" "$REMOTE/deploy/hello.txt" || fail "the file did not arrive"
 
 step "Run a command remotely"
-z run "$PROFILE" /bin/sh --cwd "$REMOTE/deploy" --output "$REMOTE/deploy/run.out" -- -c 'uname -a; wc -c < hello.txt'
+z run "$PROFILE" --cwd "$REMOTE/deploy" --output "$REMOTE/deploy/run.out" /bin/sh -c 'uname -a; wc -c < hello.txt'
 for _ in $(seq 1 50); do [ -s "$REMOTE/deploy/run.out" ] && break; sleep 0.1; done
 [ -s "$REMOTE/deploy/run.out" ] || fail "the remote command wrote nothing"
 echo "remote output:"; sed 's/^/  /' "$REMOTE/deploy/run.out"

@@ -4,15 +4,19 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "HostSetup.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
 #include "hosts/linux/TerminalMessageBox.h"
+#include "persistence/ProfileFiles.h"
 
-TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err)
-    : FOptions(Options), FIn(In), FOut(Out), FErr(Err) {}
+TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
+                         std::ostream& ProgressErr)
+    : FOptions(Options), FIn(In), FOut(Out), FErr(Err), FProgressErr(ProgressErr) {}
 
 TAppContext::~TAppContext() = default;
 
@@ -25,30 +29,30 @@ std::string TAppContext::AppDataDir() const {
   return Environment ? Environment->fnAppDataDir() : std::string();
 }
 
-bool TAppContext::Open() {
+bool TAppContext::Open(bool ForWriting) {
   const TAnswerMode Mode =
       FOptions.Yes ? TAnswerMode::AlwaysYes : (FOptions.No ? TAnswerMode::AlwaysNo : TAnswerMode::Ask);
   const bool Interactive = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
-  FProgress = std::make_shared<TTerminalProgress>(FErr, isatty(STDERR_FILENO) == 1, TerminalWidth());
-  std::string LoadError;
+  FProgress = std::make_shared<TTerminalProgress>(FProgressErr, isatty(STDERR_FILENO) == 1, TerminalWidth());
   auto Messages = std::make_shared<TTerminalMessageBox>(Mode, Interactive, FIn, FOut, FErr);
   Messages->SetBeforeShow([Progress = FProgress] { Progress->ClearLine(); });
   FUi = std::make_shared<TTerminalUserInterface>(Interactive, FIn, FErr);
-  FIni = InstallHost(FOptions.SettingsFile, FOptions.DataDir, FOptions.GroupFile, Messages, FProgress, FUi,
-                     [this](const std::string& Text) { Error(Text); }, LoadError);
-  if (!FIni) {
-    Error(LoadError);
-    return false;
-  }
+  TLinuxHost Host = InstallHost(FOptions.SettingsFile, FOptions.DataDir, FOptions.GroupFile, Messages, FProgress, FUi,
+                                [this](const std::string& Text) { Error(Text); }, ForWriting);
+  FIni = Host.Settings;
+  FLock = Host.WriterLock;
+  const std::string& LoadError = Host.SettingsLoadError;
   FSettingsFile = FIni->GetFileName();
   if (!LoadError.empty()) {
-    // A damaged settings file: reported and never overwritten (its store refuses UpdateFile).
+    // A damaged, blank or locked settings file: reported and never overwritten (its store
+    // refuses UpdateFile).
     Error(LoadError);
     Error("the settings file was not changed");
     return false;
   }
   FLive = RemoteProfileMgr();
   if (!FLive) return false;
+  if (ForWriting) RemoveUncommittedProfileFiles();
   // The host's SDKs hear of every profile added, renamed or removed from here on
   // (profiles loaded above already have their entries, or fall back to their own items).
   FSdks = std::make_shared<TProfileSdkStore>(FIni);
@@ -70,9 +74,42 @@ bool TAppContext::WriteSettingsFile() {
   return false;
 }
 
+std::string TAppContext::AddingFileName() const { return FSettingsFile + ".adding"; }
+
+void TAppContext::RemoveUncommittedProfileFiles() {
+  std::ifstream Journal(AddingFileName());
+  if (!Journal) return;
+  for (std::string Name; std::getline(Journal, Name);)
+    if (!FLive->GetProfile(Name)) RemoveProfileFile(FLive->GetProfileFileName(Name));
+  std::error_code Ignored;
+  std::filesystem::remove(AddingFileName(), Ignored);
+}
+
 bool TAppContext::Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames) {
-  CommitWorkingCopy(*FLive, Copy, Renames);
-  return WriteSettingsFile();
+  return CommitMerging(*Copy, [&] {
+    CommitWorkingCopy(*FLive, Copy, Renames);
+    return true;
+  });
+}
+
+bool TAppContext::CommitMerging(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge) {
+  // The profile files of names new to the store are written before the settings file; they are
+  // listed beside it first, so that a writer killed before its commit does not leave them to
+  // the next one as files no profile names (Open removes them).
+  std::vector<std::string> Adding;
+  for (const auto& [Platform, List] : Copy.GetProfiles())
+    for (const IOTARemoteProfilePtr& P : List)
+      if (!FLive->GetProfile(P->GetName())) Adding.push_back(P->GetName());
+  if (!Adding.empty()) {
+    std::ofstream Journal(AddingFileName(), std::ios::trunc);
+    for (const std::string& Name : Adding) Journal << Name << '\n';
+  }
+  const bool Written = Merge() && WriteSettingsFile();
+  if (!Written)
+    for (const std::string& Name : Adding) RemoveProfileFile(FLive->GetProfileFileName(Name));
+  std::error_code Ignored;
+  std::filesystem::remove(AddingFileName(), Ignored);
+  return Written;
 }
 
 bool TAppContext::SaveLive() {

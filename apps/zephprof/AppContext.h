@@ -3,6 +3,7 @@
 // of changes, the output streams and the exit statuses.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include "core/RemoteProfileManager.h"
 #include "hosts/linux/IniFile.h"
 #include "hosts/linux/ProfileSdkStore.h"
+#include "hosts/linux/StoreLock.h"
 #include "hosts/linux/TerminalProgress.h"
 #include "hosts/linux/TerminalUserInterface.h"
 #include "ui/ProfileCommands.h"
@@ -28,13 +30,17 @@ struct TGlobalOptions {
 
 class TAppContext {
  public:
-  TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err);
+  /// ProgressErr: the error stream as it is, for the progress display's own drawing.
+  TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
+              std::ostream& ProgressErr);
   ~TAppContext();
 
   /// Installs the reference host and loads the settings file; false (reported, naming the
   /// file and line) when the file is damaged or unreadable. Nothing is written then.
-  /// Registers the host's SDK store on the live manager, so it follows every change.
-  bool Open();
+  /// Registers the host's SDK store on the live manager, so it follows every change. A
+  /// command that changes the store (ForWriting) holds the writer lock from here on; false
+  /// (reported) when another writer kept it for the lock's time.
+  bool Open(bool ForWriting);
 
   TRemoteProfileManagerPtr Live() const { return FLive; }
   /// The reference host's SDK path items of each profile (what update-cache pulls).
@@ -44,7 +50,13 @@ class TAppContext {
   IOTARemoteProfilePtr FindProfile(const std::string& Name);
 
   /// The options page's accept (NotifyRenames, Assign, WriteEnvOptions), then the file is written.
+  /// The names it adds are listed in "<settings file>.adding" until then; when the file cannot
+  /// be written their profile files are removed again.
   bool Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames);
+  /// Runs Merge (which hands a working copy to the live manager) and writes the settings file;
+  /// the profile files of Copy's names new to the store go again when that fails or the process
+  /// is killed before it ends (their names are listed beside the settings file meanwhile).
+  bool CommitMerging(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge);
   /// The live manager's own change committed: SaveOptions, then the file is written.
   bool SaveLive();
   /// Writes the settings file as it stands (a change of the SDK store alone).
@@ -68,12 +80,19 @@ class TAppContext {
   std::string AppDataDir() const;
 
  private:
+  std::string AddingFileName() const;
+  /// Removes the profile files that a writer killed before its commit listed as adding and the
+  /// committed store does not hold, then the list.
+  void RemoveUncommittedProfileFiles();
+
   TGlobalOptions FOptions;
   std::istream& FIn;
   std::ostream& FOut;
   std::ostream& FErr;
+  std::ostream& FProgressErr;
   std::string FSettingsFile;
   TIniFilePtr FIni;
+  std::shared_ptr<TStoreLock> FLock;
   std::shared_ptr<TTerminalProgress> FProgress;
   std::shared_ptr<TTerminalUserInterface> FUi;
   TRemoteProfileManagerPtr FLive;

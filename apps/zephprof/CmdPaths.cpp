@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "Commands.h"
+#include "client/PasswordCipher.h"
 #include "core/Text.h"
 #include "host/AgentClient.h"
 #include "persistence/DefaultSdkPaths.h"
@@ -99,9 +100,16 @@ std::string ReaderError(const std::string& File) {
   return Reader->GetLastError();
 }
 
+/// Whether this user can decipher a stored password (one stored by another user, or under
+/// another machine's key, cannot be).
+bool CanDecipher(TAppContext& C, const std::string& Stored) {
+  hestrel::TSecretText Clear;
+  return hestrel::TPasswordCipher(C.AppDataDir()).Decrypt(Stored, Clear);
+}
+
 int Import(TAppContext& C, const std::string& File) {
-  if (!std::filesystem::is_regular_file(File)) {
-    C.Error(Format("File '%s' does not exist", {File}));
+  if (const std::string What = NotARegularFile(File); !What.empty()) {
+    C.Error(Format("File '%s' %s", {File, What}));
     return ExitFailed;
   }
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
@@ -116,8 +124,20 @@ int Import(TAppContext& C, const std::string& File) {
     case TImportResult::InvalidPlatform: return ExitFailed;  // reported; nothing is committed
     case TImportResult::Imported: break;
   }
-  if (!C.Commit(Copy, {})) return ExitFailed;
+  // A password this user cannot decipher would only fail the first connection: it is not
+  // taken, the rest of the profile is, and the user is told to enter it again.
+  const TOTARemoteProfileCredential Read = P->GetCredential();
+  const bool Undecipherable =
+      Read.IsPassword && Read.IsEncrypted && !Read.PasswordOrFile.empty() && !CanDecipher(C, Read.PasswordOrFile);
+  const IOTARemoteProfilePtr Held = C.Live()->GetProfile(P->GetName());
+  if (Undecipherable) P->SetCredential(Held ? Held->GetCredential() : TOTARemoteProfileCredential{"", true, false});
+  if (!CheckLocalRoot(C, P->GetName(), P->GetSystemRoot()) || !C.Commit(Copy, {})) return ExitFailed;
   C.Out() << "Imported profile '" << P->GetName() << "' for " << PlatformLabel(P->GetPlatformName()) << '\n';
+  if (Undecipherable)
+    C.Error(
+        Format("the password in '%s' cannot be deciphered here (it was stored by another user or on another "
+               "machine), so it was not imported%s; enter it again: zephprof set \"%s\" --password-stdin",
+               {File, std::string(Held ? " (the profile keeps the one it had)" : ""), P->GetName()}));
   return ExitOk;
 }
 
@@ -184,7 +204,9 @@ void AddFileCommands(CLI::App& App, TAction& Action) {
   });
   auto* ImportCmd = App.add_subcommand("import", "Read a profile file into the profiles");
   ImportCmd->add_option("FILE", *File, "profile file")->required();
-  ImportCmd->footer("A profile of the same name is replaced (its path items kept) only when the question is\n"
-                    "answered Yes (--yes).\nExample:\n  zephprof import ~/mac.profile");
+  ImportCmd->footer(
+      "A profile of the same name is replaced (its path items kept) only when the question is\n"
+      "answered Yes (--yes). A password enciphered by another user or machine is not imported:\n"
+      "enter it again with zephprof set NAME --password-stdin.\nExample:\n  zephprof import ~/mac.profile");
   ImportCmd->callback([&Action, File] { Action = [File](TAppContext& C) { return Import(C, *File); }; });
 }

@@ -132,8 +132,10 @@ int Add(TAppContext& C, const TAddArgs& A) {
   const IOTARemoteProfilePtr P = Page.ProfileList.Selected();
   if (Page.ProfileList.ListItems().size() == Listed || !P) return ExitFailed;
   // Without --local-root the cache goes below the application-data directory (docs/DECISIONS.md).
-  Page.PropertyEditor.LocalRootEdit.EditText(A.LocalRoot.empty() ? C.AppDataDir() + "/SDKs/" + P->GetName()
-                                                                 : std::filesystem::absolute(A.LocalRoot).string());
+  const std::string Root =
+      A.LocalRoot.empty() ? C.AppDataDir() + "/SDKs/" + P->GetName() : std::filesystem::absolute(A.LocalRoot).string();
+  if (!CheckLocalRoot(C, P->GetName(), Root)) return ExitFailed;
+  Page.PropertyEditor.LocalRootEdit.EditText(Root);
   if (!Session.Accept()) return ExitFailed;
   const IOTARemoteProfilePtr Default = C.Live()->GetDefaultForPlatform(P->GetPlatformName());
   const bool IsDefault = Default && SameText(Default->GetName(), P->GetName());
@@ -153,7 +155,7 @@ int CopyCommand(TAppContext& C, const std::string& Name, const std::string& NewN
   if (!Source) return ExitFailed;
   const TRemoteProfileManagerPtr Copy = MakeWorkingCopy(C.Live());
   const IOTARemoteProfilePtr P = CopyProfile(*Copy, Copy->GetProfile(Name), NewName);
-  if (!P) return ExitFailed;
+  if (!P || !CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   // The copy's SDK is the source's: its entry is there before the live manager adds the
   // copy, so the SDK store keeps it (it fills only a profile without an entry).
   C.Sdks().Write(P->GetName(), C.Sdks().PathItemsOf(Source));
@@ -175,6 +177,7 @@ int Rename(TAppContext& C, const std::string& Name, const std::string& NewName) 
       return ExitOk;
     case TRenameResult::Renamed: break;
   }
+  if (!CheckLocalRoot(C, P->GetName(), P->GetSystemRoot())) return ExitFailed;
   if (!C.Commit(Copy, Renames)) return ExitFailed;
   C.Out() << "Renamed '" << Old << "' to '" << P->GetName() << "'\n";
   return ExitOk;
@@ -216,15 +219,19 @@ int Set(TAppContext& C, const TSetArgs& A, bool HostGiven, bool PortGiven) {
   TOptionsSession Session(C);
   TRemoteProfilePage& Page = Session.Page();
   if (!Session.Select(A.Name)) return ExitFailed;
+  const IOTARemoteProfilePtr P = Page.ProfileList.Selected();
+  const std::string Root =
+      A.LocalRoot.empty() ? P->GetSystemRoot() : std::filesystem::absolute(A.LocalRoot).string();
+  if (!CheckLocalRoot(C, P->GetName(), Root)) return ExitFailed;
   bool Taken = true;
   if (!A.Platform.empty()) Taken = Page.PlatformCombo.Select(Page.PlatformCombo.IndexOf(A.Platform)) && Taken;
   if (HostGiven) Taken = Page.HostNameCombo.EditText(A.Host) && Taken;
   if (PortGiven) Taken = Page.PortNumberCombo.EditText(A.Port) && Taken;
   if (CredentialGiven) Session.EnterCredential(Page.RemoteProfilePasswordFrame, Credential);
-  if (!A.LocalRoot.empty()) Page.PropertyEditor.LocalRootEdit.EditText(std::filesystem::absolute(A.LocalRoot).string());
+  if (!A.LocalRoot.empty()) Page.PropertyEditor.LocalRootEdit.EditText(Root);
   if (!Taken) return ExitUsage;  // the page reported
   if (!Session.Accept()) return ExitFailed;
-  C.Out() << "Changed profile '" << Page.ProfileList.Selected()->GetName() << "'\n";
+  C.Out() << "Changed profile '" << P->GetName() << "'\n";
   return ExitOk;
 }
 
@@ -275,7 +282,8 @@ void AddCreateCommands(CLI::App& App, TAction& Action) {
   AddCmd->add_option("--host", AddArgs->Host, "remote machine (name or IP address, user@host)")->required();
   AddCmd->add_option("--port", AddArgs->Port, "port of the Hestrel server (default 64211)");
   AddCredentialOptions(*AddCmd, AddArgs->Credential, false);
-  AddCmd->add_option("--local-root", AddArgs->LocalRoot, "local cache of the remote SDK (default: DATA/SDKs/NAME)");
+  AddCmd->add_option("--local-root", AddArgs->LocalRoot,
+                     "local cache of the remote SDK (default: DATA/SDKs/NAME; never DATA or a folder above it)");
   AddCmd->add_flag("--default", AddArgs->AsDefault, "make it the platform's default (the first one always is)");
   AddCmd->footer(
       "The first profile of a platform becomes its default; Win32 and Win64 profiles never do.\n"
@@ -316,7 +324,8 @@ void AddChangeCommands(CLI::App& App, TAction& Action) {
   auto* HostOpt = SetCmd->add_option("--host", SetArgs->Host, "new remote machine");
   auto* PortOpt = SetCmd->add_option("--port", SetArgs->Port, "new port number (0 to 65535)");
   AddCredentialOptions(*SetCmd, SetArgs->Credential, true);
-  SetCmd->add_option("--local-root", SetArgs->LocalRoot, "new local cache directory");
+  SetCmd->add_option("--local-root", SetArgs->LocalRoot,
+                     "new local cache directory (never the data directory or a folder above it)");
   SetCmd->footer("Example:\n  zephprof set \"Build Mac\" --host 10.0.0.7 --port 64212\n"
                  "  zephprof set \"Build Mac\" --password-stdin < new-password.txt");
   Then(SetCmd, Action, [SetArgs, HostOpt, PortOpt](TAppContext& C) {

@@ -1,4 +1,5 @@
 // zephprof: helpers shared by the commands (see Commands.h).
+#include <algorithm>
 #include <filesystem>
 #include <ostream>
 
@@ -79,6 +80,46 @@ void PrintPathItems(TAppContext& Context, const TOTARemoteProfilePathArray& Path
   }
 }
 
+namespace {
+
+/// Path absolute, links of its existing part resolved, without a trailing separator.
+std::filesystem::path Resolved(const std::string& Path) {
+  std::error_code Ec;
+  std::filesystem::path Result = std::filesystem::weakly_canonical(std::filesystem::absolute(Path), Ec);
+  if (Ec) Result = std::filesystem::absolute(Path).lexically_normal();
+  return Result.has_filename() ? Result : Result.parent_path();
+}
+
+}  // namespace
+
+bool CheckLocalRoot(TAppContext& Context, const std::string& ProfileName, const std::string& Root) {
+  const auto& Environment = HostServices().Environment;
+  if (Root.empty() || !Environment) return true;
+  const std::filesystem::path Local = Resolved(Environment->ExpandRootMacro(Root));
+  const std::filesystem::path Data = Resolved(Environment->fnAppDataDir());
+  const auto [LocalEnd, DataAt] = std::mismatch(Local.begin(), Local.end(), Data.begin(), Data.end());
+  if (LocalEnd != Local.end()) return true;  // not the data directory, nor a folder above it
+  Context.Error(
+      Format("local root '%s' of profile '%s' is refused: it is the application-data directory '%s' "
+             "or holds it, and a cache pull there could overwrite the profile files and the password key",
+             {Root, ProfileName, Data.string()}));
+  return false;
+}
+
+std::string NotARegularFile(const std::string& File) {
+  std::error_code Ec;
+  switch (std::filesystem::status(File, Ec).type()) {
+    case std::filesystem::file_type::regular: return {};
+    case std::filesystem::file_type::directory: return "is a directory";
+    case std::filesystem::file_type::fifo: return "is a named pipe (FIFO)";
+    case std::filesystem::file_type::block:
+    case std::filesystem::file_type::character: return "is a device";
+    case std::filesystem::file_type::socket: return "is a socket";
+    case std::filesystem::file_type::not_found: return "does not exist";
+    default: return Ec ? "cannot be read: " + Ec.message() : "is not a regular file";
+  }
+}
+
 void AddCredentialOptions(CLI::App& Command, TCredentialArgs& Args, bool WithAsk) {
   auto* Stdin = Command.add_flag("--password-stdin", Args.PasswordStdin,
                                  "read the password from the first line of standard input");
@@ -94,8 +135,8 @@ bool ReadCredential(TAppContext& Context, const TCredentialArgs& Args, bool Prom
                     TOTARemoteProfileCredential& Credential, bool& Given) {
   Given = true;
   if (!Args.PassFile.empty()) {
-    if (!std::filesystem::is_regular_file(Args.PassFile)) {
-      Context.Error(Format("Password file '%s' does not exist", {Args.PassFile}));
+    if (const std::string What = NotARegularFile(Args.PassFile); !What.empty()) {
+      Context.Error(Format("Password file '%s' %s", {Args.PassFile, What}));
       return false;
     }
     // As the wizard stores it: a password file is the file's name, not a password, stored as it is.

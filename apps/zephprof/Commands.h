@@ -35,6 +35,13 @@ std::string TerminalText(const std::string& Text);
 void PrintPathItems(TAppContext& Context, const TOTARemoteProfilePathArray& Paths);
 std::string PathItemsJson(const TOTARemoteProfilePathArray& Paths);
 
+/// False (reported) when Root, macros expanded and made absolute, is the application-data
+/// directory or a folder above it: a cache pull there could overwrite the profile files and the
+/// password key. An empty root passes.
+bool CheckLocalRoot(TAppContext& Context, const std::string& ProfileName, const std::string& Root);
+/// What File is when it is not a regular file ("does not exist", "is a directory", ...); "" when it is one.
+std::string NotARegularFile(const std::string& File);
+
 /// The credential options of add and set.
 struct TCredentialArgs {
   bool PasswordStdin = false;
@@ -48,3 +55,7 @@ bool ReadCredential(TAppContext& Context, const TCredentialArgs& Args, bool Prom
                     TOTARemoteProfileCredential& Credential, bool& Given);
 
 void AddRunCommand(CLI::App& App, TAction& Action);  // run (CmdRun.cpp)
+/// The command line (without the program name) with "--" put after the PROGRAM of run, so
+/// every argument after it reaches the program, also one that starts with '-' or names an
+/// option of zephprof. Any other command line is answered as it is.
+std::vector<std::string> WithProgramArgumentsApart(CLI::App& App, std::vector<std::string> Args);

@@ -5,12 +5,11 @@
 #include <unistd.h>
 
 #include "host/startup/HostIntegration.h"
-#include "hosts/linux/LinuxHost.h"
 #include "hosts/linux/LinuxProjects.h"
 
-TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
-                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, IOTAUserInterfaceServicesPtr Ui,
-                        TNoticeFunc Notice, std::string& LoadError) {
+TLinuxHost InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
+                       IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, IOTAUserInterfaceServicesPtr Ui,
+                       TNoticeFunc Notice, bool LockForWriting) {
   TLinuxHostOptions Options;
   Options.SettingsFileName = SettingsFile;
   Options.AppDataDir = DataDir;
@@ -18,17 +17,18 @@ TIniFilePtr InstallHost(const std::string& SettingsFile, const std::string& Data
   Options.ProgressDisplay = std::move(Progress);
   Options.Ui = std::move(Ui);
   Options.Notice = Notice;
+  Options.LockForWriting = LockForWriting;
   TLinuxHost Host = InstallLinuxHost(Options);
-  LoadError = Host.SettingsLoadError;
-  if (!GroupFile.empty() && LoadError.empty()) {
+  if (!GroupFile.empty() && Host.SettingsLoadError.empty()) {
     // The monitor rewrites the group's projects when a profile is renamed or removed.
-    Host.Services.Projects = TLinuxProjectServices::OpenGroup(GroupFile, Host.Build, Notice, LoadError);
+    Host.Services.Projects =
+        TLinuxProjectServices::OpenGroup(GroupFile, Host.Build, Notice, Host.SettingsLoadError);
     SetHostServices(Host.Services);
   }
   // The plug-in's units start: add-in options, ZEPHPROFILESDIR, the build-environment routine
   // and the project monitor; the wizard and selector hooks; the options page.
   PackageStartup();
-  return Host.Settings;
+  return Host;
 }
 
 int TerminalWidth() {

@@ -3,24 +3,44 @@
 
 #include <cstdio>
 
+#include "common/QuotedText.h"
+
 std::string JsonString(const std::string& Text) {
   std::string Result = "\"";
-  for (char C : Text) {
-    switch (C) {
-      case '"': Result += "\\\""; break;
-      case '\\': Result += "\\\\"; break;
-      case '\n': Result += "\\n"; break;
-      case '\r': Result += "\\r"; break;
-      case '\t': Result += "\\t"; break;
-      default:
-        if (static_cast<unsigned char>(C) < 0x20) {
-          char Escaped[8];
-          std::snprintf(Escaped, sizeof Escaped, "\\u%04x", static_cast<unsigned>(static_cast<unsigned char>(C)));
-          Result += Escaped;
-        } else {
-          Result += C;
-        }
+  const auto Append = [&Result](const char* Pattern, unsigned Value) {
+    char Escaped[8];
+    std::snprintf(Escaped, sizeof Escaped, Pattern, Value);
+    Result += Escaped;
+  };
+  for (std::size_t I = 0; I < Text.size();) {
+    const std::size_t Length = hestrel::Utf8SequenceLength(Text, I);
+    const auto Byte = static_cast<unsigned char>(Text[I]);
+    if (Length == 0) {
+      // Not UTF-8: the byte as the text "\xHH", as a terminal shows it, so the output stays UTF-8.
+      Append("\\\\x%02x", Byte);
+      ++I;
+      continue;
     }
+    const unsigned Second = Length > 1 ? static_cast<unsigned char>(Text[I + 1]) : 0;
+    if (Length == 2 && Byte == 0xc2 && Second < 0xa0) {
+      Append("\\u%04x", Second);  // a C1 control character
+    } else if (Length > 1) {
+      Result.append(Text, I, Length);
+    } else if (Byte == '"' || Byte == '\\') {
+      Result += '\\';
+      Result += static_cast<char>(Byte);
+    } else if (Byte == '\n') {
+      Result += "\\n";
+    } else if (Byte == '\r') {
+      Result += "\\r";
+    } else if (Byte == '\t') {
+      Result += "\\t";
+    } else if (Byte < 0x20 || Byte == 0x7f) {
+      Append("\\u%04x", Byte);
+    } else {
+      Result += static_cast<char>(Byte);
+    }
+    I += Length;
   }
   return Result + "\"";
 }

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-/// Text as a JSON string literal (quotes, backslashes and control characters escaped).
+/// Text as a JSON string literal: quotes, backslashes and control characters (C0, DEL, C1)
+/// escaped; a byte that is not part of valid UTF-8 becomes the text "\xHH", so the output is
+/// always valid UTF-8.
 std::string JsonString(const std::string& Text);
 
 /// Builds one JSON object, member by member, in the order given.

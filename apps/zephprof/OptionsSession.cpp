@@ -27,7 +27,9 @@ bool TOptionsSession::Select(const std::string& Name) {
   return false;
 }
 
-bool TOptionsSession::Accept() { return FDialog.Accept() && FContext.WriteSettingsFile(); }
+bool TOptionsSession::Accept() {
+  return FContext.CommitMerging(*FPage->WorkingCopy(), [this] { return FDialog.Accept(); });
+}
 
 void TOptionsSession::EnterCredential(TRemoteProfilePasswordFrame& Frame,
                                       const TOTARemoteProfileCredential& Credential) {

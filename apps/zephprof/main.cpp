@@ -1,15 +1,38 @@
 // zephprof: the command-line front end of the reference host. Parses the command line
 // (CLI11), puts the reference Linux host in place and runs one command; exit status 0 on
 // success, 1 when the operation failed, 2 for a usage error.
+#include <unistd.h>
+
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <optional>
 
 #include "Commands.h"
 #include "hosts/linux/TerminalProgress.h"
+#include "hosts/linux/TerminalText.h"
 
 namespace {
 
+/// Whether the parsed command changes the store: such a command takes the writer lock
+/// before it loads the store and holds it until its change is written.
+bool ChangesTheStore(CLI::App& App) {
+  for (const char* Name : {"add", "copy", "rename", "remove", "set", "default", "import"})
+    if (App.got_subcommand(Name)) return true;
+  if (CLI::App* Paths = App.get_subcommand("paths"); Paths->parsed())
+    return !Paths->get_subcommands().empty() && !Paths->got_subcommand("list");
+  CLI::App* DefaultPaths = App.get_subcommand("default-paths");
+  return DefaultPaths->parsed() && DefaultPaths->get_option("--save-from")->count() > 0;
+}
+
 int Main(int argc, char** argv) {
+  // On a terminal, names and host names are shown with their control characters escaped,
+  // never sent to it as commands; the progress bar alone draws on the raw stream.
+  std::ostream RawErr(std::cerr.rdbuf());
+  std::optional<LinuxHost::TTerminalSafeStream> SafeOut, SafeErr;
+  if (isatty(STDOUT_FILENO) == 1) SafeOut.emplace(std::cout);
+  if (isatty(STDERR_FILENO) == 1) SafeErr.emplace(std::cerr);
+
   CLI::App App{"zephprof: connection profiles (remote machines running Hestrel) - add, change, test, "
                "pull the remote SDK, copy files, query and run remotely."};
   App.set_version_flag("--version", std::string("zephprof ") + ZEPHPROF_VERSION);
@@ -36,7 +59,10 @@ int Main(int argc, char** argv) {
   AddRunCommand(App, Action);
   AddDeployCommands(App, Action);
   try {
-    App.parse(argc, argv);
+    if (argc > 0) App.name(argv[0]);  // as parse(argc, argv) names it in the usage line
+    std::vector<std::string> Args = WithProgramArgumentsApart(App, std::vector<std::string>(argv + 1, argv + argc));
+    std::reverse(Args.begin(), Args.end());  // the order CLI11 reads them in
+    App.parse(Args);
   } catch (const CLI::CallForHelp& Help) {
     return App.exit(Help);
   } catch (const CLI::CallForAllHelp& Help) {
@@ -50,8 +76,8 @@ int Main(int argc, char** argv) {
   if (!Action) return ExitUsage;
 
   TTerminalProgress::InstallInterruptHandler();
-  TAppContext Context(Options, std::cin, std::cout, std::cerr);
-  if (!Context.Open()) return ExitFailed;
+  TAppContext Context(Options, std::cin, std::cout, std::cerr, RawErr);
+  if (!Context.Open(ChangesTheStore(App))) return ExitFailed;
   return Action(Context);
 }
 

@@ -92,7 +92,7 @@ TIniFileLoadResult TIniFile::Load(const std::string& FileName) {
     return {File, File->FLoadError};
   }
   File->FLoadError = File->SetText(Text);
-  return {File, File->FLoadError};
+  return {File, File->FLoadError, Text.find_first_not_of(" \t\r\n") == std::string::npos};
 }
 
 std::string TIniFile::SetText(std::string_view Text) {

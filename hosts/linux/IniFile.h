@@ -35,6 +35,8 @@ class TIniFile;
 struct TIniFileLoadResult {
   std::shared_ptr<TIniFile> File;
   std::string Error;
+  /// The file exists and holds nothing but blanks and line breaks (also when it is empty).
+  bool Blank = false;
   bool Ok() const { return Error.empty(); }
 };
 
@@ -78,6 +80,9 @@ class TIniFile : public TCustomIniFile {
   const std::string& GetFileName() const { return FFileName; }
   /// The load error that makes UpdateFile refuse, or "".
   const std::string& GetLoadError() const { return FLoadError; }
+  /// Makes UpdateFile refuse from now on, Reason becoming the load error: the file must not be
+  /// replaced by what this store holds (the host found it unsafe to load from).
+  void Refuse(std::string Reason) { FLoadError = std::move(Reason); }
 
  private:
   using TNameIndex = std::unordered_map<std::string, std::size_t, LinuxHost::TCaseInsensitiveHash,

@@ -3,6 +3,7 @@
 // lock, the registry and the Hestrel agent library, installed as the process's THostServices.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "hosts/linux/LinuxEnvFileWriter.h"
 #include "hosts/linux/LinuxEnvironment.h"
 #include "hosts/linux/LinuxHostRegistry.h"
+#include "hosts/linux/StoreLock.h"
 
 /// What a front end chooses; an empty or null member takes the default named.
 struct TLinuxHostOptions {
@@ -24,7 +26,11 @@ struct TLinuxHostOptions {
   IOTAProjectServicesPtr Projects;      ///< open projects, when the front end has any
   TRAClientFactoryPtr AgentLibrary;     ///< hestrel::THestrelClientFactory(app-data dir)
   TNoticeFunc Notice;                   ///< what needs no answer (waiting for the build lock)
-  IOTAUserInterfaceServicesPtr Ui;          ///< the front end's user interface (none: nullptr)
+  IOTAUserInterfaceServicesPtr Ui;      ///< the front end's user interface (none: nullptr)
+  /// A front end that will change the store: take the writer lock before loading
+  /// (StoreLock.h), waiting at most LockTimeout, and remove stale temporaries of earlier writers.
+  bool LockForWriting = false;
+  std::chrono::milliseconds LockTimeout{5000};
 };
 
 /// The installed host and the concrete pieces a front end needs beyond the interfaces.
@@ -35,16 +41,21 @@ struct TLinuxHost {
   /// store is then empty and refuses UpdateFile; a front end reports this and stops (as
   /// zephprof does). Going on would not be read-only: the refusal guards only the settings
   /// file, and a change would still write profile files and environment.proj.
+  /// Also set when the writer lock could not be had, or when the settings file is blank while
+  /// profile files are in the application-data directory (replacing it would drop them).
   std::string SettingsLoadError;
+  /// Held, with LockForWriting, until the host is dropped: keep it until the commit is written.
+  std::shared_ptr<TStoreLock> WriterLock;
   std::shared_ptr<TLinuxEnvironment> Environment;      ///< Services.Environment
   std::shared_ptr<TLinuxEnvFileWriter> EnvFileWriter;  ///< Services.EnvFileWriter
   std::shared_ptr<TLinuxBuildServices> Build;          ///< Services.Build: lock "build.lock" in app data
   std::shared_ptr<TLinuxHostRegistry> Registry;        ///< Services.Registry
 };
 
-/// Loads the settings file, makes its directory (mode 0700) when missing, builds the host
-/// services and installs them with SetHostServices. The build engine's projects see the
-/// build-environment file's path as $(ZephEnvFile). The manager is not created here; the
+/// Loads the settings file (after taking the writer lock, when asked), makes its directory
+/// (mode 0700) when missing, builds the host services and installs them with SetHostServices.
+/// The build engine's projects see the build-environment file's path as $(ZephEnvFile). The
+/// manager is not created here; the
 /// first RemoteProfileMgr() does that with Services.AppIniFile. Front ends call
 /// Settings->UpdateFile() after an operation that writes (the manager never commits).
 TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options = {});

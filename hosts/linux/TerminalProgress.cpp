@@ -4,6 +4,8 @@
 #include <csignal>
 #include <ostream>
 
+#include "hosts/linux/TerminalText.h"
+
 namespace {
 
 volatile std::sig_atomic_t Interrupted = 0;
@@ -69,6 +71,10 @@ bool TTerminalProgress::UpdateProgress(TOTAProgressType ProgressType, std::int32
   return !FCancelled;
 }
 
+std::string TTerminalProgress::Shown(const std::string& Text) const {
+  return FIsTerminal ? LinuxHost::EscapeForTerminal(Text) : Text;
+}
+
 void TTerminalProgress::Start(std::int32_t Count, const std::string& Title) {
   FOpen = true;
   FIndex = 0;
@@ -77,7 +83,7 @@ void TTerminalProgress::Start(std::int32_t Count, const std::string& Title) {
   FFile.clear();
   FPosition = -1;
   FLastStep.clear();
-  FOut << Title;
+  FOut << Shown(Title);
   if (Count > 0) FOut << " (" << Count << (Count == 1 ? " item)" : " items)");
   FOut << '\n' << std::flush;
 }
@@ -115,7 +121,7 @@ void TTerminalProgress::Draw() {
   Line += FStatus;
   if (FPosition >= 0) Line += " " + std::to_string(FPosition) + "%";
   if (!FFile.empty()) Line += "  " + FFile;
-  FOut << "\r\x1b[K" << Fit(Line, static_cast<std::size_t>(FWidth - 1)) << std::flush;
+  FOut << "\r\x1b[K" << Fit(Shown(Line), static_cast<std::size_t>(FWidth - 1)) << std::flush;
   FLineDrawn = true;
 }
 
@@ -129,7 +135,7 @@ void TTerminalProgress::ListErrors() {
   if (FListed >= FErrors.size()) return;
   const std::size_t Count = FErrors.size() - FListed;
   FOut << Count << (Count == 1 ? " error:" : " errors:") << '\n';
-  for (; FListed < FErrors.size(); ++FListed) FOut << "  " << TerminalLines(FErrors[FListed]) << '\n';
+  for (; FListed < FErrors.size(); ++FListed) FOut << "  " << Shown(TerminalLines(FErrors[FListed])) << '\n';
   FOut << std::flush;
 }
 

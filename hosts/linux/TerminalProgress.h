@@ -2,7 +2,8 @@
 // a bar with the overall items, the current file and its bytes on a terminal; one line per
 // finished step otherwise. Ctrl-C (SIGINT) makes UpdateProgress answer false, which cancels
 // the way the progress window's Cancel does. Errors (notice type 2) are collected and
-// listed at the end.
+// listed at the end. On a terminal, control characters in the texts (remote file names)
+// are shown escaped, never sent to the terminal.
 #pragma once
 
 #include <iosfwd>
@@ -38,6 +39,8 @@ class TTerminalProgress : public IProgressDisplay {
   void Step(std::int32_t Index, std::int32_t Count, const std::string& Text, const std::string& Detail1,
             const std::string& Detail2, std::int32_t Position);
   void Draw();
+  /// Text as the terminal shows it: control characters and broken UTF-8 as "\xHH".
+  std::string Shown(const std::string& Text) const;
   void ListErrors();
 
   std::ostream& FOut;

@@ -9,7 +9,8 @@
 /// The host's display name of a platform identifier, or "" (unknown, empty, no host).
 std::string GetPlatformDisplayName(const std::string& PlatformName);
 
-/// Replaces every backslash-separated component of Path that names the same file as
-/// OldPart (ignoring case) by NewPart; Path unchanged when nothing matched. Backslash is
-/// the only separator, so a POSIX path is one component (docs/DECISIONS.md).
+/// Replaces every component of Path that names the same file as OldPart (ignoring case) by
+/// NewPart; Path unchanged when nothing matched. Components are separated by backslashes and
+/// by the host's path delimiter ('/' here, so a POSIX local root follows a rename); such a
+/// path keeps its leading '/' and is joined with '/' (docs/DECISIONS.md).
 std::string ReplacePathPart(const std::string& Path, const std::string& OldPart, const std::string& NewPart);

@@ -14,18 +14,6 @@ namespace {
 const char kEnvProfileGroup[] = "'$(Profile)'=='' And '$(Platform)'=='%s'";
 const char kEnvPlatformGroup[] = "'$(Platform)'=='%s'";
 
-/// The platform's file-name character rule without wildcards: control
-/// characters and  " * / : < > ? \ |  are refused. The stricter of the host rules, so a
-/// name is a file name everywhere and never a path (docs/DECISIONS.md). A name longer than
-/// MaxProfileNameBytes is refused too: its profile file could never be made.
-bool HasValidFileNameChars(const std::string& Name) {
-  static const std::string Invalid = "\"*/:<>?\\|";
-  if (Name.size() > MaxProfileNameBytes) return false;
-  return std::none_of(Name.begin(), Name.end(), [](char C) {
-    return static_cast<unsigned char>(C) < 0x20 || Invalid.find(C) != std::string::npos;
-  });
-}
-
 /// The default of a platform in a dictionary, as GetDefaultForPlatform answers it.
 IOTARemoteProfilePtr DefaultIn(const TProfileDictionary& Profiles, const std::string& PlatformName) {
   if (PlatformName == "Win32" || PlatformName == "Win64") return nullptr;
@@ -47,6 +35,17 @@ void DeleteFileQuietly(const std::string& FileName) {
 }
 
 }  // namespace
+
+// The stricter of the host rules, so a name is a file name everywhere and never a path
+// (docs/DECISIONS.md).
+bool HasValidFileNameChars(const std::string& Name) {
+  static const std::string Invalid = "\"*/:<>?\\|";
+  if (Name.size() > MaxProfileNameBytes) return false;
+  if (!Name.empty() && Name.find_first_not_of(". ") == std::string::npos) return false;
+  return std::none_of(Name.begin(), Name.end(), [](char C) {
+    return static_cast<unsigned char>(C) < 0x20 || Invalid.find(C) != std::string::npos;
+  });
+}
 
 std::string ParentPlatform(const std::string& PlatformName) {
   if (SameText(PlatformName, "iOSSimulator") || SameText(PlatformName, "iOSDevice")) return "OSX32";
@@ -100,6 +99,9 @@ void TRemoteProfileManager::AddProfile(const IOTARemoteProfilePtr& Profile) {
   Profile->SetPlatformName(ParentPlatform(Profile->GetPlatformName()));  // may re-enter PlatformNameChanged
   const std::string Platform = Profile->GetPlatformName();
   TProfileList& List = FProfiles[Platform];  // created before the check: a failed call may leave it empty
+  // A child platform's profile was filed under its parent by that nested re-filing already; it
+  // is not filed twice, nor refused as its own duplicate (docs/DECISIONS.md).
+  if (std::find(List.begin(), List.end(), Profile) != List.end()) return;
   std::string Message;
   if (InternalValidateProfileName(Name, Message) != pnveNone) throw ENonAIRException(Message);
   List.push_back(Profile);

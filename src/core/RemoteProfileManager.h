@@ -26,6 +26,11 @@ enum TProfileNameValidationError { pnveNone, pnveBadFileName, pnveDuplicate };
 /// file-name rule (pnveBadFileName, the bad-file-name message).
 inline constexpr std::size_t MaxProfileNameBytes = 255 - 8;
 
+/// The file-name character rule of profile names: not longer than MaxProfileNameBytes, no
+/// control character, none of  " * / : < > ? \ |  and not made only of dots and blanks ("."
+/// and ".." name a directory, never a file). An empty name passes: it has its own message.
+bool HasValidFileNameChars(const std::string& Name);
+
 /// What SendNotify announces, in the host's order; any other value announces nothing.
 enum TProfileNotifyAction { pnaAdded, pnaRemoved, pnaNameChanged, pnaChanged, pnaAfterRun, pnaAfterDeploy };
 

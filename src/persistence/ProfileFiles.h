@@ -16,12 +16,14 @@ class EProfileFileError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// True when Name may become a file name in the application-data directory: not empty,
-/// at most MaxProfileNameBytes (247) bytes, no control character and none of
-/// " * / : < > ? \ |  — the file-name rule of the manager's name validation, so a name
-/// never holds a path separator, cannot leave the directory, and "<name>.profile" fits in
-/// 255 bytes.
+/// True when Name may become a file name in the application-data directory: not empty and
+/// passing the manager's file-name rule (HasValidFileNameChars), so a name never holds a
+/// path separator, is never "." or "..", cannot leave the directory, and "<name>.profile"
+/// fits in 255 bytes.
 bool IsValidProfileFileName(const std::string& Name);
+
+/// Removes a profile file when there is one; "" and a missing file are no error.
+void RemoveProfileFile(const std::string& FileName);
 
 /// The host's application-data directory with a trailing "/"; "" without a host
 /// environment or when the host answers "".

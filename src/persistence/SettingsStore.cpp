@@ -39,6 +39,20 @@ void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
   P.Credential.PasswordOrFile = PassFile.empty() ? Password : PassFile;
 }
 
+/// Whether a profile read from its profile file holds what the store's sub-section of that
+/// name holds. A sub-section without a platform was never written by a save (which always
+/// writes it), so there is nothing to disagree with.
+bool AgreesWithSubSection(TCustomIniFile& Settings, const TLoadedProfile& FromFile) {
+  TLoadedProfile Stored;
+  Stored.Name = FromFile.Name;
+  ReadSubSection(Settings, Stored);
+  if (Stored.Platform.empty()) return true;
+  return Stored.Platform == FromFile.Platform && Stored.HostName == FromFile.HostName && Stored.Port == FromFile.Port &&
+         Stored.Credential.IsPassword == FromFile.Credential.IsPassword &&
+         Stored.Credential.PasswordOrFile == FromFile.Credential.PasswordOrFile &&
+         Stored.LocalRoot == FromFile.LocalRoot;
+}
+
 }  // namespace
 
 void TRemoteProfileManager::LoadOptions(TCustomIniFile& Settings) {
@@ -50,6 +64,14 @@ void TRemoteProfileManager::LoadOptions(TCustomIniFile& Settings) {
     // A name becomes a file name only once it is known to be one (docs/DECISIONS.md).
     bool FromFile = IsValidProfileFileName(P.Name) && LoadProfileFile("", P.Name, P.Platform, P.HostName, P.Port,
                                                                       P.Credential, P.LocalRoot, P.Paths, true);
+    if (FromFile && SameText(P.Name, Listed) && !AgreesWithSubSection(Settings, P)) {
+      // Profile files are written before the settings file is committed: a file that disagrees
+      // with the sub-section its commit wrote is left from a commit that did not complete, so
+      // the sub-section, what was committed, is taken (docs/DECISIONS.md).
+      FromFile = false;
+      P = TLoadedProfile{};
+      P.Name = Listed;
+    }
     if (FromFile) {
       P.Paths = TOTARemoteProfilePathArray();  // the file supplies no path items
     } else {
@@ -75,6 +97,8 @@ void TRemoteProfileManager::SaveOptions(TCustomIniFile& Settings) {
   }();
   if (FirstTyped && Encrypt(FirstTyped->GetCredential().PasswordOrFile).empty())
     throw EProfileFileError(Format(sCannotEncipherPassword, {FirstTyped->GetName()}));
+  std::vector<std::string> Stored;
+  Settings.ReadSections(L::RemoteProfiles, Stored);
   Settings.EraseSection(L::RemoteProfiles);
   for (const auto& [Platform, List] : Profiles) {
     for (std::size_t I = 0; I < List.size(); ++I) {
@@ -83,6 +107,11 @@ void TRemoteProfileManager::SaveOptions(TCustomIniFile& Settings) {
       if (I == 0) Settings.WriteString(L::RemoteProfiles, Format(L::DefaultFmt, {Platform}), List[0]->GetName());
     }
   }
+  // A profile the store held and no longer does (skipped at load, dropped meanwhile) takes its
+  // profile file along, so none is left as an orphan. Should the store not be committed, its
+  // sub-section still holds the profile.
+  for (const std::string& Name : Stored)
+    if (!GetProfile(Name)) RemoveProfileFile(GetProfileFileName(Name));
 }
 
 void TRemoteProfileManager::SaveProfile(const IOTARemoteProfilePtr& Profile, TCustomIniFile* Ini,

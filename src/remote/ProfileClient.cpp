@@ -59,8 +59,10 @@ TRAClientPtr TRemoteProfile::GetClient(const IOTAPlatformSDKPtr& SDK, bool SetSy
 }
 
 void TRemoteProfile::ReleaseClient() {
-  if (!FClient) return;
-  if (--FClientUseCount != 0) return;
+  // Counted off also when a delivered change dropped the client meanwhile, so the count is
+  // always the number of uses still open and the outermost release disconnects.
+  if (FClientUseCount > 0) --FClientUseCount;
+  if (!FClient || FClientUseCount != 0) return;
   // The client's lifetime is the factory's business: disconnect and forget, no destroy.
   FClient->Disconnect();
   FClient.reset();

@@ -180,13 +180,13 @@ TImportResult ImportProfile(TRemoteProfileManager& Manager, const std::string& F
                             IOTARemoteProfilePtr& Profile) {
   Profile = nullptr;
   // The platform is read first: a profile the page cannot list must not enter the profiles it
-  // edits, nor change a held profile of the same name.
+  // edits, nor change a held profile of the same name. An iOS target's profile is its Mac's.
   TRAClientFactory* Library = TRAClientFactory::GetInstance();
   const std::unique_ptr<TRAClientProfile> Reader = Library ? Library->CreateProfile() : nullptr;
   std::error_code Ignored;
   if (!Reader || !std::filesystem::exists(FileName, Ignored) || !Reader->ReadProfileSettings(FileName))
     return TImportResult::NotTaken;
-  if (!IsPlatformChoice(Reader->GetPlatform())) {
+  if (!IsPlatformChoice(ParentPlatform(Reader->GetPlatform()))) {
     ShowError(sImportedInvalidPlatform);
     return TImportResult::InvalidPlatform;
   }

@@ -67,13 +67,14 @@ TEST_F(ZephprofRemote, QueriesAnswerFromTheRemoteMachine) {
 }
 
 TEST_F(ZephprofRemote, RunStartsAProgramInItsDirectoryWithItsEnvironment) {
-  Run({TStep({"run", "Loop", "/bin/sh", "--cwd", Remote.string(), "--env", "GREETING=hi there", "--", "-c",
-              "echo \"$GREETING\" > out.txt"},
+  // Everything after the program is its own, also "-c" and a name of one of run's options.
+  Run({TStep({"run", "Loop", "--cwd", Remote.string(), "--env", "GREETING=hi there", "/bin/sh", "-c",
+              "echo \"$GREETING\" \"$0\" > out.txt", "--cwd"},
              0, "Started /bin/sh on 'Loop' (process …"),
        TStep({"run", "Loop", "/no/such/program"}, 1, "", "…/no/such/program…")});
   for (int I = 0; I < 50 && ReadWholeFile(Remote / "out.txt").empty(); ++I)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_EQ(ReadWholeFile(Remote / "out.txt"), "hi there\n");
+  EXPECT_EQ(ReadWholeFile(Remote / "out.txt"), "hi there --cwd\n");
 }
 
 TEST_F(ZephprofRemote, UpdateCachePullsTheItemsGivenAndAsksBeforeReplacing) {

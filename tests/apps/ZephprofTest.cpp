@@ -66,7 +66,18 @@ TEST_F(Zephprof, ProfilesAreNamedCopiedRenamedAndRemovedAsOnTheOptionsPage) {
              "Confirm: Are you sure you want to delete the profile named 'Build'?\n…No terminal to ask; answered No…"),
        TStep({"--no", "remove", "Build"}, 1),
        TStep({"remove", "Build", "--yes"}, 0, "Removed profile 'Build'\n", "…Yes (--yes)\n"),
-       TStep({"list"}, 0, "Linux64 (Linux 64-bit)\n  * Build Box  127.0.0.1:64211\n")});
+       TStep({"list"}, 0, "Linux64 (Linux 64-bit)\n  * Build Box  127.0.0.1:64211\n"),
+       TStep({"add", "..", "--platform", "OSX32", "--host", "h"}, 1, "",
+             "Error: '..' is not a valid profile name.  A profile name must be a valid filename\n"),
+       // The local root follows the name, and is never the data folder nor one above it.
+       Add("Mac", "OSX32"), TStep({"copy", "Mac", "Mac2"}), TStep({"rename", "Mac2", "Mini"}),
+       TStep({"show", "Mini"}, 0, "…Local root:  " + (Data / "SDKs/Mini").string() + "\n…"),
+       TStep({"set", "Mini", "--local-root", Data / "SDKs/.."}, 1, "",
+             "zephprof: local root '" + (Data / "SDKs/..").string() +
+                 "' of profile 'Mini' is refused: it is the "
+                 "application-data directory '" +
+                 Data.string() + "' or holds it, …"),
+       TStep({"add", "Up", "--platform", "OSX32", "--host", "h", "--local-root", Dir}, 1, "", "…is refused…")});
   EXPECT_FALSE(Matches(ReadWholeFile(Settings), "…Build]…"));
   EXPECT_FALSE(fs::exists(Data / "Build.profile"));
   EXPECT_TRUE(fs::exists(Data / "Build Box.profile"));
@@ -179,11 +190,23 @@ TEST_F(Zephprof, ExportAndImportAskBeforeReplacing) {
   std::ofstream(File("future.profile")) << "HestrelProfile 9\nName = \"Future\"\nEnd\n";
   std::ofstream(File("droid.profile")) << "HestrelProfile 1\nName = \"Droid\"\nPlatform = \"Android\"\nHost = \"h\"\n"
                                           "Port = 64211\nCredential = Password \"\" Encrypted\nSysRoot = \"\"\nEnd\n";
+  std::ofstream(File("device.profile")) << "HestrelProfile 1\nName = \"Mac\"\nPlatform = \"iOSDevice\"\nHost = "
+                                           "\"device\"\nPort = 1\nCredential = Password \"hes1:AAAA\" Encrypted\n"
+                                           "SysRoot = \"\"\nEnd\n";
   Run({TStep({"import", File("droid.profile")}, 1, "", "Error: The imported profile has an invalid platform\n"),
        TStep({"import", File("future.profile")}, 1, "",
              "zephprof: nothing was imported from " + File("future.profile") + ": …unsupported format version '9'…"),
        TStep({"import", File("nothing.profile")}, 1, "",
              "zephprof: File '" + File("nothing.profile") + "' does not exist\n"),
+       TStep({"import", Dir}, 1, "", "zephprof: File '" + Dir.string() + "' is a directory\n"),
+       TStep({"import", "/dev/null"}, 1, "", "zephprof: File '/dev/null' is a device\n"),
+       // Over a held profile, from its child platform, with a password enciphered elsewhere.
+       TStep({"--yes", "import", File("device.profile")}, 0, "Imported profile 'Mac' for OSX32 (macOS 32-bit)\n",
+             "…zephprof: the password in '" + File("device.profile") +
+                 "' cannot be deciphered here (…), so it "
+                 "was not imported (the profile keeps the one it had); enter it again: zephprof set \"Mac\" "
+                 "--password-stdin\n"),
+       TStep({"show", "Mac"}, 0, "…Host name:   device\n…Password:    set (stored enciphered)\n…"),
        TStep({"--yes", "remove", "Mac"}),
        TStep({"import", Exported}, 0, "Imported profile 'Mac' for OSX32 (macOS 32-bit)\n")});
 }
@@ -195,6 +218,14 @@ TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
        TStep({"add", "New", "--platform", "OSX32", "--host", "h"}, 1, "", "…line 3…")});
   EXPECT_EQ(ReadWholeFile(Settings), Damaged);
   EXPECT_FALSE(fs::exists(Data / "New.profile"));  // zephprof stops before any change
+  // Blank beside profile files: replacing it would drop their profiles.
+  std::ofstream(Settings) << " \n";
+  std::ofstream(Data / "Old.profile") << "";
+  Run({TStep({"add", "New", "--platform", "OSX32", "--host", "h"}, 1, "",
+             "zephprof: Settings file '" + Settings.string() + "' is empty, but profile files are in '" +
+                 Data.string() + "'; it was not replaced…")});
+  EXPECT_EQ(ReadWholeFile(Settings), " \n");
+  fs::remove(Data / "Old.profile");
   EXPECT_FALSE(fs::exists(Dir / "environment.proj"));
   // A link into a folder that does not exist: the file loads as empty, and writing it fails
   // (also for root).
@@ -205,6 +236,34 @@ TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
        TStep({"list"}, 0, "")});
   EXPECT_TRUE(fs::is_symlink(Settings));
   EXPECT_FALSE(fs::exists(Dir / "missing-dir"));
+  EXPECT_FALSE(fs::exists(Data / "Mac.profile"));  // the profile file of what was not committed goes too
+}
+
+TEST_F(Zephprof, ParallelWritersKeepEveryChangeAndRemoveWhatKilledWritersLeft) {
+  const fs::path Stale = Data / ".Gone.profile.tmp-AbC123", Young = Dir / ".settings.ini.tmp-XyZ789";
+  Run({Add("Keep", "Linux64")});
+  for (const fs::path& Left : {Stale, Young, Data / "Ghost.profile", Data / "Kept.profile"}) std::ofstream(Left) << "x";
+  std::ofstream(Settings.string() + ".adding") << "Ghost\n";  // a killed writer was adding it
+  fs::last_write_time(Stale, fs::file_time_type::clock::now() - std::chrono::minutes(1));
+  fs::last_write_time(Young, fs::file_time_type::clock::now() + std::chrono::minutes(1));  // a live writer's
+  const std::string Writer = std::string(ZEPH_ZEPHPROF_BINARY) + " --settings " + Settings.string() + " --data-dir " +
+                             Data.string() + " --yes ";
+  std::string Line = Writer + "remove Keep";
+  for (int I = 0; I < 12; ++I) Line += " & " + Writer + "add P" + std::to_string(I) + " --platform Linux64 --host h";
+  ASSERT_EQ(std::system(("(" + Line + "; wait) </dev/null >/dev/null 2>&1").c_str()), 0);
+  const std::string Listed = Z({"list"}).Out;  // every add kept, in any order, and the removal too
+  for (int I = 0; I < 12; ++I) EXPECT_PRED2(Matches, Listed, "…P" + std::to_string(I) + "  h:64211\n…");
+  EXPECT_FALSE(Matches(Listed, "…Keep…") || fs::exists(Data / "Keep.profile"));
+  EXPECT_FALSE(fs::exists(Stale) || fs::exists(Data / "Ghost.profile"));
+  EXPECT_TRUE(fs::exists(Young) && fs::exists(Data / "Kept.profile"));
+}
+
+TEST_F(Zephprof, ControlCharactersAreShownEscapedOnATerminalAndJsonIsAlwaysUtf8) {
+  const std::string Host = "evil\x1b]0;x\x07\xc2\x9b";
+  Run({TStep({"add", "Caf\xe9", "--platform", "Linux64", "--host", Host}),
+       TStep({"--json", "list"}, 0, "…{\"name\":\"Caf\\\\xe9\",…\"hostName\":\"evil\\u001b]0;x\\u0007\\u009b\",…"),
+       TStep({"list"}, 0, "…Caf\xe9  " + Host + ":64211\n")});  // not a terminal: as it is
+  EXPECT_PRED2(Matches, OnTerminal({"list"}, {}).Out, "…Caf\\xe9  evil\\x1b]0;x\\x07\\xc2\\x9b:64211…");
 }
 
 TEST_F(Zephprof, OnATerminalThePasswordIsAskedWithoutEchoAndQuestionsUntilAChoiceIsNamed) {

@@ -82,7 +82,9 @@ TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
       {std::string(248, 'a'), Bad(std::string(248, 'a'))},  // "<name>.profile" must fit NAME_MAX
       {Accented, Bad(Accented)},                            // bytes count, not characters
       {Accented.substr(0, 246), "untouched", pnveNone},
-      {"   ", "untouched", pnveNone},
+      {"..", Bad("..")},  // only dots and blanks: a directory, never a file
+      {" . ", Bad(" . ")},
+      {"..a", "untouched", pnveNone},
       {"mAC", "A profile named 'mAC' already exists", pnveDuplicate},  // in any case, on any platform
   };
   for (const auto& Row : Rows) {
@@ -96,7 +98,7 @@ TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
     EXPECT_EQ(Messages->Shown.back().Kind, TMsgDlgType::mtError);
     EXPECT_EQ(Messages->Shown.back().Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
   }
-  EXPECT_EQ(Messages->Shown.size(), 8u);
+  EXPECT_EQ(Messages->Shown.size(), 10u);
   EXPECT_EQ(Manager->GetProfiles().count("Android"), 0u);  // a refused name makes no list
 }
 
@@ -112,9 +114,10 @@ TEST_F(ProfileManager, RenameAndPlatformChangeRefileTheProfile) {
   EXPECT_THAT([&] { Add(*Manager, "STUDIO", "Android"); },
               ThrowsMessage<ENonAIRException>("A profile named 'STUDIO' already exists"));
   EXPECT_NO_THROW(Add(*Manager, "A", "Android"));
-  // Straight to a child platform: re-filed under the parent, where the name is then found taken.
-  EXPECT_THROW(Manager->GetProfile("A")->SetPlatformName("iOSDevice"), ENonAIRException);
+  // Straight to a child platform: filed once, under the parent.
+  Manager->GetProfile("A")->SetPlatformName("iOSDevice");
   EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"A"}));
+  EXPECT_EQ(Manager->GetProfile("a")->GetPlatformName(), "OSX32");
 }
 
 TEST_F(ProfileManager, WriteEnvOptionsWritesEachPlatformsDefaultInTheHostsOrder) {

@@ -66,7 +66,7 @@ TEST(RemoteProfile, EachSetterFiresExactlyTheExpectedCallbacks) {
       {"Name=Office Root?",
        {"Change", "Change", "NameChange(Mac)", "C:\\Users\\me\\Office\\sdk"},
        "C:\\Users\\me\\Mac\\sdk"},
-      {"Name=MAC Root?", {"Change", "NameChange(Mac)", "/home/u/SDKs/Mac"}, "/home/u/SDKs/Mac"},  // a POSIX root stays
+      {"Name=Office Root?", {"Change", "Change", "NameChange(Mac)", "/home/u/SDKs/Office"}, "/home/u/SDKs/Mac"},
       {"Begin Platform=Linux64 Name=Box | End", {"PlatformChange(OSX32)", "NameChange(Mac)", "|", "Change"}, "C:\\Mac"},
       {"Typed=secret Stored? Typed=new Stored?", {"stored", "Change", "typed"}},  // IsEncrypted alone is no change
       {"Paths=one Mask=*.h Paths=same Mask? Paths=copy", {"Change", "*.h", "Change"}},  // identity, not contents

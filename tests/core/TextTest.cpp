@@ -34,13 +34,14 @@ TEST(Text, SameTextIgnoresTheCaseOfAsciiLettersOnly) {
   EXPECT_EQ(LowerCase("AbC-1\xC3\x84"), "abc-1\xC3\x84");
 }
 
-TEST(PathFunctions, ReplacePathPartReplacesWholeBackslashSeparatedComponents) {
+TEST(PathFunctions, ReplacePathPartReplacesWholeComponentsBetweenBackslashesOrSlashes) {
   ExpectRows({
       {ReplacePathPart("C:\\Profiles\\Mac\\cache\\mac", "Mac", "Mini"), "C:\\Profiles\\Mini\\cache\\Mini"},
       {ReplacePathPart("\\\\server\\Mac\\\\x\\", "Mac", "Mini"), "server\\Mini\\x"},             // empty parts go
       {ReplacePathPart("\\\\server\\Other\\\\x\\", "Mac", "Mini"), "\\\\server\\Other\\\\x\\"},  // no match: as it was
-      {ReplacePathPart("/home/u/SDKs/Mac", "Mac", "Office"), "/home/u/SDKs/Mac"},  // a POSIX path is one part
-      {ReplacePathPart("/home/u/SDKs\\Mac", "Mac", "Office"), "/home/u/SDKs\\Office"},
+      {ReplacePathPart("/home/u/SDKs/Mac", "Mac", "Office"), "/home/u/SDKs/Office"},  // the leading '/' stays
+      {ReplacePathPart("/home//u/SDKs\\Mac/", "Mac", "Office"), "/home/u/SDKs/Office"},
+      {ReplacePathPart("rel/Macs/x", "Mac", "Office"), "rel/Macs/x"},
       {ReplacePathPart("a\\\\Mac", "Mac", "Mac"), "a\\\\Mac"},
   });
 }

@@ -78,10 +78,10 @@ TEST_F(SettingsStore, EntriesThatCannotBeProfilesAreSkippedSilentlyAndAHeldNameI
   Store("Mac", "OSX32", {{"HostName", "new"}});
   Ini->Log.clear();
   M->LoadOptions(*Ini);
-  EXPECT_EQ(NamesOf(*M, "OSX32"), (Texts{"..", "Mac"}));
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (Texts{"Mac"}));
   EXPECT_EQ(Describe(M->GetProfile("MAC")), "Mac|OSX32|new|64211|,1,1||0");
   for (const std::string& Entry : Ini->Log) EXPECT_EQ(Entry.find("a/b"), std::string::npos) << Entry;
-  EXPECT_EQ(Library->ProfilesCreated, 4);  // only "..", "Old", "None" and "Mac" looked for a profile file
+  EXPECT_EQ(Library->ProfilesCreated, 3);  // only "Old", "None" and "Mac" looked for a profile file
   EXPECT_TRUE(Messages->Shown.empty());
   M->SaveOptions(*Ini);
   EXPECT_FALSE(Ini->HasSection("RemoteProfiles\\Old"));
@@ -92,8 +92,12 @@ TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfter
   M->AddProfile("Droid", "Android", "d", 3, {"/d", false, true}, "", {}, false);
   M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
   M->AddProfile("Mac2", "OSX32", "h", 2, {"enc:00", true, true}, "", {}, false);
+  Store("Gone", "Symbian");  // skipped at load: the save drops it with its profile file
+  WriteProfileFile("Gone.profile", "Gone", "Symbian");
+  Ini->Log.clear();
   M->SaveOptions(*Ini);
-  Texts Expected{"EraseSection(RemoteProfiles)"};
+  EXPECT_FALSE(fs::exists(AppData() / "Gone.profile"));
+  Texts Expected{"ReadSections(RemoteProfiles)", "EraseSection(RemoteProfiles)"};
   for (const auto& [Name, Platform, Host, Port, Credential] :
        std::vector<std::array<std::string, 5>>{{"Droid", "Android", "d", "3", "PassFile,/d"},
                                                {"Mac", "OSX32", "h", "1", "Password,enc:00"},
@@ -170,10 +174,28 @@ TEST_F(SettingsStore, APasswordThatCannotBeEncipheredRaisesBeforeAnythingIsWritt
   EXPECT_EQ(Ini->ReadString("RemoteProfiles\\Mac", "Password", "?"), "");
 }
 
-TEST_F(SettingsStore, AProfileFileOverridesItsSubSectionButGivesNoPathItems) {
-  Store("Mac", "OSX32", {{"HostName", "store-host"}, {"PathCount", "1"}});
+TEST_F(SettingsStore, AProfileFileIsTakenWithoutPathItemsOnlyWhenItHoldsWhatItsSubSectionHolds) {
+  // Profile files are written before the settings file: one left by a commit that failed or was
+  // cut off disagrees with the sub-section, which holds what was committed.
+  const std::map<std::string, std::string> Saved{
+      {"HostName", "file-host"}, {"PortNumber", "4000"}, {"PassFile", "/p.passfile"}, {"LocalRoot", "/cache/Mac"}};
+  const struct {
+    std::string Platform;
+    std::map<std::string, std::string> Values;
+    std::string Expected;
+  } Rows[] = {
+      {"OSX32", Saved, "Mac|OSX32|file-host|4000|/p.passfile,0,0|/cache/Mac|0"},
+      {"OSX32", {{"HostName", "store-host"}}, "Mac|OSX32|store-host|64211|,1,1||1"},
+      {"Linux64", Saved, "Mac|Linux64|file-host|4000|/p.passfile,0,1|/cache/Mac|1"},
+      {"", {}, "Mac|OSX32|file-host|4000|/p.passfile,0,0|/cache/Mac|0"},  // never saved: nothing to disagree with
+  };
   WriteProfileFile("Mac.profile", "Mac", "OSX32", "file-host", {"/p.passfile", false, false});
-  EXPECT_EQ(Describe(Load()->GetProfile("Mac")), "Mac|OSX32|file-host|4000|/p.passfile,0,0|/cache/Mac|0");
+  for (const auto& Row : Rows) {
+    Ini->EraseSection("RemoteProfiles");
+    Store("Mac", Row.Platform, Row.Values);
+    Ini->WriteString("RemoteProfiles\\Mac", "PathCount", "1");
+    EXPECT_EQ(Describe(Load()->GetProfile("Mac")), Row.Expected) << Row.Platform;
+  }
 }
 
 TEST_F(SettingsStore, AProfileFileHoldingAnotherNameIsTakenUnderItOrLeftForTheSubSectionOfThatName) {

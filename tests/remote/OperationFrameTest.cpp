@@ -22,6 +22,16 @@ TEST_F(OperationFrame, NestedOperationsShareOneClientThatOnlyTheLastEndDisconnec
   EXPECT_EQ(Remote().ClientUseCount(), 0);
 }
 
+TEST_F(OperationFrame, AProfileChangedDuringAnOperationStillEndsWithItsClientDisconnected) {
+  const auto Second = NextAgent();
+  Manager->BeginOperation(Profile);
+  Profile->SetHostName("mini.local");  // drops the client the operation holds
+  Manager->EndOperation(Profile);
+  EXPECT_TRUE(Manager->RemoteDirectoryExists(Profile, "/a", nullptr));  // a later operation's own client
+  EXPECT_EQ(Remote().ClientUseCount(), 0);
+  EXPECT_FALSE(Second->Connected);
+}
+
 TEST_F(OperationFrame, AClientGetsTheProfilesSettingsAndTheSdkRootWithoutItsLocalRootPart) {
   Environment->Variables["PROFILES"] = "/home/u/Profiles";
   auto SDK = std::make_shared<TPlatformSDKDouble>();

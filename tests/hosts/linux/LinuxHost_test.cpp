@@ -82,3 +82,18 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   EXPECT_EQ(TRAClientFactory::GetInstance(), Agent);
   EXPECT_EQ(Installed.Messages, nullptr);
 }
+
+TEST_F(LinuxHostTest, AWriterWaitsForTheStoresLockAndThenRefusesTheStore) {
+  TLinuxHostOptions Options;
+  Options.LockForWriting = true;
+  Options.LockTimeout = std::chrono::milliseconds(50);
+  const TLinuxHost First = InstallLinuxHost(Options);
+  ASSERT_NE(First.WriterLock, nullptr);
+  const TLinuxHost Second = InstallLinuxHost(Options);
+  EXPECT_EQ(Second.WriterLock, nullptr);
+  const std::string Settings = At(".config/zephprof/settings.ini");
+  EXPECT_EQ(Second.SettingsLoadError, "Settings file '" + Settings +
+                                          "' is being changed by another program (it holds '" + Settings +
+                                          ".lock' locked); nothing was changed, try again when it has finished");
+  EXPECT_FALSE(Second.Settings->UpdateFile().Ok());
+}

@@ -19,21 +19,24 @@ TEST_F(THostFilesTest, SettingZephProfilesDirMovesProfileFilesOnTheirNextSaveAnd
   Saved->AddProfile("Box", "Linux64", "from.file", 64211, {}, "/sdk", {}, false);
   Saved->SaveOptions(*Host.AppIniFile);
   EXPECT_TRUE(std::filesystem::exists(At("data/Box.profile")));
-  Host.AppIniFile->WriteString("RemoteProfiles\\Box", "HostName", "from.store");  // the file is read first
 
   SetEnv("ZEPHPROFILESDIR", At("profiles"));
   std::filesystem::create_directory(At("profiles"));
   EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Box"), At("profiles/Box.profile"));
   const auto Loaded = TRemoteProfileManager::Create(Host.AppIniFile);
   ASSERT_NE(Loaded->GetProfile("Box"), nullptr);
-  EXPECT_EQ(Loaded->GetProfile("Box")->GetHostName(), "from.file");
-  Loaded->SaveOptions(*Host.AppIniFile);
   std::string Name = "Box", Platform, HostName, Root;
   std::int32_t Port = 0;
   TOTARemoteProfileCredential Credential;
   TOTARemoteProfilePathArray Paths;
-  std::filesystem::remove(At("data/Box.profile"));
+  // The file saved before the variable was set is still found, then moves on the next save.
   EXPECT_TRUE(Loaded->LoadProfileFile("", Name, Platform, HostName, Port, Credential, Root, Paths, false));
   EXPECT_EQ(HostName, "from.file");
+  Loaded->SaveOptions(*Host.AppIniFile);
+  std::filesystem::remove(At("data/Box.profile"));
+  HostName.clear();
+  EXPECT_TRUE(Loaded->LoadProfileFile("", Name, Platform, HostName, Port, Credential, Root, Paths, false));
+  EXPECT_EQ(HostName, "from.file");
+  EXPECT_TRUE(std::filesystem::exists(At("profiles/Box.profile")));
   RemoteProfileManagerShutdown();
 }
