@@ -19,6 +19,9 @@ inline constexpr const char sErrInvalidHostName[] = "The host name '%s' is not v
 inline constexpr const char sErrInvalidUserName[] = "The user name '%s' is not valid";
 inline constexpr const char sErrSshOption[] = "The SSH option %s cannot be set: %s";
 inline constexpr const char sErrKnownHostsFile[] = "The known-hosts file '%s' cannot be used: %s";
+inline constexpr const char sErrKnownHostsDamaged[] =
+    "The known-hosts file '%s' is damaged at line %d, so the host key of '%s' on port %d cannot be checked; the "
+    "connection was refused. Correct or remove that line";
 inline constexpr const char sErrNoHostName[] = "No host name is set";
 
 // Credentials.

@@ -170,15 +170,33 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
         << Case.Error;
   }
   ::close(Silent);
-  // A changed host key is no network failure either: retrying would not help.
-  ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + NoKeys / "other >/dev/null").c_str()), 0);
-  MakeFile(KnownHostsPath(App.Path), "[127.0.0.1]:" + std::to_string(SshdPort) + " " + Slurp(NoKeys / "other.pub"));
-  TScriptedConnectionListener Listener;
+}
+
+TEST_F(HestrelClient, AChangedKeyOrADamagedKnownHostsFileRefusesTheConnectionAndNoKeyIsAdded) {
+  TTempDir Keys;
+  ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + Keys / "other >/dev/null").c_str()), 0);
+  const std::string File = KnownHostsPath(App.Path), Pinned = Slurp(File), Host = Pinned.substr(0, Pinned.find(' '));
+  const std::string Other = Host + " " + Slurp(Keys / "other.pub").substr(0, 80), Cut = Host + " ssh-ed25519 AAAAC3Nza\n";
+  const std::int64_t Port = Sshd.Port;
+  auto Damaged = [&](int Line) { return Format(sErrKnownHostsDamaged, {File, std::int64_t(Line), "127.0.0.1", Port}); };
+  const std::tuple<std::string, std::string, std::string> Cases[] = {
+      // known_hosts, the connection's error ("": it connects), known_hosts afterwards
+      {Other, Format(sErrHostKeyChanged, {"127.0.0.1", Port, File}), Other},
+      {Other + "\n" + Cut, Damaged(2), Other + "\n" + Cut},
+      {Pinned + Cut, Damaged(2), Pinned + Cut},  // the right key is there, but libssh would not read it
+      {"# hand-made\n\ngarbage\n", Damaged(3), "# hand-made\n\ngarbage\n"},
+      {"[elsewhere]:1" + Other.substr(Host.size()), "", "[elsewhere]:1" + Other.substr(Host.size()) + "\n" + Pinned},
+  };
+  for (const auto& [Known, Error, After] : Cases) {
+    MakeFile(File, Known);
+    TScriptedConnectionListener Listener;
+    Client->Disconnect();
+    EXPECT_EQ(Client->Connect(&Listener), Error.empty());
+    EXPECT_EQ(Client->GetLastError(), Error);
+    EXPECT_EQ(Slurp(File), After);
+    EXPECT_EQ(Listener.RetryCalls, 0);  // retrying cannot help
+  }
   Client->Disconnect();
-  EXPECT_FALSE(Client->Connect(&Listener));
-  EXPECT_EQ(Client->GetLastError(),
-            Format(sErrHostKeyChanged, {"127.0.0.1", std::int64_t(SshdPort), KnownHostsPath(App.Path)}));
-  EXPECT_EQ(Listener.RetryCalls, 0);
   std::string Expanded;  // and nothing runs without a connection
   EXPECT_FALSE(Client->ExpandPath("~", Expanded));
   EXPECT_EQ(Client->GetLastError(), sErrNotConnected);
