@@ -45,7 +45,10 @@ inline constexpr const char sErrUnsafeLink[] =
     "Refused symbolic link '%s': it points to '%s', outside the tree being copied";
 inline constexpr const char sErrNoSysRoot[] = "No local root (system root) is set";
 inline constexpr const char sErrCancelled[] = "The transfer was cancelled";
-inline constexpr const char sErrSomeFilesFailed[] = "%d file(s) could not be copied; the last error: %s";
+inline constexpr const char sErrSomeFilesFailed[] = "%d file(s) of '%s' could not be copied";
+inline constexpr const char sErrRootHoldsAppData[] =
+    "Refused local root '%s': it is or holds the application-data directory '%s' (profile files, password key, "
+    "known hosts)";
 
 // Remote commands.
 inline constexpr const char sErrCommandFailed[] = "The remote command failed (exit status %d): %s";

@@ -74,6 +74,8 @@ class THestrelClient : public TRAClient {
   /// answer is the failure value ({}), GetLastError the timed-out text, the session dropped.
   template <typename TBody>
   auto Watched(TBody&& Body);
+  /// A system root is set and is neither the application-data directory nor a parent of it.
+  bool LocalRootUsable();
   bool RequireSession();
   bool RequireSftp();
   TDownloadContext MakeContext(IFileIteration* Iteration, IFileListener* Listener) const;

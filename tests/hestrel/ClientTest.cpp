@@ -2,6 +2,7 @@
 // logins): connecting and its failures, pulls over the exec fast paths and over SFTP alone,
 // pushes and removals, remote queries, detached runs and gdbserver.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <signal.h>
@@ -41,12 +42,20 @@ class HestrelClient : public ::testing::Test {
  protected:
   virtual bool FastPaths() const { return true; }
   void SetUp() override {
-    THestrelClientOptions Options = Sshd.Options();
+    Options = Sshd.Options();
     Options.UseTarStream = Options.UseFindListing = FastPaths();
     Options.TarMinimumFiles = 2;
     Client = MakeClient(App.Path, Sshd.Port, {}, Options);
     Client->SetSysRoot(SysRoot.Path);
     ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  }
+  /// Pulls Path as Pull does with a client that compares unchanged-looking files by content.
+  bool PullComparingContent(const std::string& Path, bool SubDirs = true, const std::string& Mask = "") {
+    THestrelClientOptions Comparing = Options;
+    Comparing.CompareContent = true;
+    auto Other = MakeClient(App.Path, Sshd.Port, {}, Comparing);
+    Other->SetSysRoot(SysRoot.Path);
+    return Other->Connect(nullptr) && Other->GetFiles(R(Path), SubDirs, Mask, nullptr, &Listener);
   }
   std::string R(const std::string& Name) const { return Remote / Name; }
   std::string L(const std::string& Name) const { return SysRoot.Path.string() + R(Name); }
@@ -63,6 +72,7 @@ class HestrelClient : public ::testing::Test {
   TTestSshd& Sshd = SharedSshd();
   TTestServer& Hestrel = SharedServer();
   TTempDir App, Remote, SysRoot, Local;
+  THestrelClientOptions Options;
   std::shared_ptr<THestrelClient> Client;
   TRecordingListener Listener;
   std::int32_t Pid = 0;
@@ -224,6 +234,18 @@ TEST_P(HestrelClientPull, PullsMatchingFilesKeepingTimesAndAsksBeforeReplacingAC
     EXPECT_EQ(Listener.Overwrites, std::vector<std::string>{L("inc/a.h") + " 5@1400000000 100000@1500000001"});
     EXPECT_EQ(Slurp(L("inc/a.h")).size() + MTime(L("inc/a.h")), Answer ? 100000u + 1500000001 : 5u + 1400000000);
   }
+  // A change within the same second and size: seen by its time where the listing gives
+  // fractions of a second (find), else by content when asked to compare it.
+  for (const auto& [Text, Nanoseconds] : {std::pair{"one", 250000000L}, {"two", 750000000L}}) {
+    MakeFile(R("inc/x.h"), Text);
+    const timespec Times[2] = {{1600000000, Nanoseconds}, {1600000000, Nanoseconds}};
+    ::utimensat(AT_FDCWD, R("inc/x.h").c_str(), Times, 0);
+    Listener = {};
+    ASSERT_TRUE(Pull("inc", false, "x.h")) << Client->GetLastError();
+  }
+  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), GetParam() ? "two1" : "one0");
+  ASSERT_TRUE(PullComparingContent("inc", false, "x.h"));
+  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), "two1");
 }
 
 TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
@@ -232,15 +254,28 @@ TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
       {R("nothing"), SysRoot.Path, Format(sErrRemoteFileMissing, {R("nothing")})},
       {R("inc/../../etc"), SysRoot.Path, Format(sErrUnsafeName, {R("inc/../../etc")})},
       {R("inc"), "", sErrNoSysRoot},
-      {R("inc"), "/sys/no-root", Format(sErrLocalPermission, {"/sys/no-root" + R("inc")})},  // even for root
+      {R("inc"), "/sys/no-root", Format(sErrLocalPermission, {"/sys/no-root"})},  // even for root
+      {R("inc"), App.Path, Format(sErrRootHoldsAppData, {App.Path, App.Path})},
+      {R("inc"), App.Path.parent_path(), Format(sErrRootHoldsAppData, {App.Path.parent_path(), App.Path})},
   };
   for (const auto& [Path, Root, Error] : Cases) {
     Client->SetSysRoot(Root);
     EXPECT_FALSE(Client->GetFiles(Path, true, "", nullptr, &Listener));
     EXPECT_EQ(Client->GetLastError(), Error);
   }
+  EXPECT_EQ(TreeOf(App.Path), std::vector<std::string>{"known_hosts"});
+  Client->SetSysRoot(SysRoot.Path);
   EXPECT_FALSE(Client->GetFrameworkFiles(R("Frameworks"), "None", false, nullptr, &Listener));
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteFileMissing, {R("Frameworks/None.framework")}));
+  // A link in the local root leads nowhere outside it: neither a directory nor a file is made there.
+  MakeFile(R("inc/sub/deep/b.h"), "b");
+  fs::create_directories(L("inc"));
+  fs::create_directory_symlink(Local.Path, L("inc/sub"));
+  Listener = {};
+  EXPECT_FALSE(Pull("inc"));
+  EXPECT_EQ(Slurp(L("inc/a.h")) + ::testing::PrintToString(TreeOf(Local.Path)), "a{}");
+  EXPECT_EQ(Listener.ErrorTexts, std::vector<std::string>{Format(sErrUnsafeName, {R("inc/sub/deep/b.h")})});
+  EXPECT_EQ(Client->GetLastError(), Format(sErrSomeFilesFailed, {std::int64_t(1), R("inc")}));
 }
 
 TEST_P(HestrelClientPull, LongAndOddNamesArriveIntactAndAFileCanBePulledByItsPath) {
@@ -251,6 +286,9 @@ TEST_P(HestrelClientPull, LongAndOddNamesArriveIntactAndAFileCanBePulledByItsPat
   ASSERT_TRUE(Pull("odd")) << Client->GetLastError();
   for (const auto& Name : Names) EXPECT_EQ(Slurp(L("odd/" + Name)), "content of " + Name) << Name;
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 5 : 0);
+  Listener = {};
+  ASSERT_TRUE(PullComparingContent("odd"));  // every name's hash is found again: nothing to ask
+  EXPECT_TRUE(Listener.Accepted.empty()) << ::testing::PrintToString(Listener.Accepted);
   MakeFile(R("lib/libz.a"), "archive", 1500000000);
   ASSERT_TRUE(Pull("lib/libz.a", false, "*.h")) << Client->GetLastError();
   EXPECT_EQ(Slurp(L("lib/libz.a")) + std::to_string(MTime(L("lib/libz.a"))), "archive1500000000");
