@@ -43,6 +43,8 @@ inline constexpr const char sErrLocalIo[] = "Local file '%s' failed: %s";
 inline constexpr const char sErrUnsafeName[] = "Refused remote name '%s': it would be written outside the local root";
 inline constexpr const char sErrUnsafeLink[] =
     "Refused symbolic link '%s': it points to '%s', outside the tree being copied";
+inline constexpr const char sErrRemoteDestinationOutside[] =
+    "Refused remote destination '%s': a relative destination must stay inside the remote login directory";
 inline constexpr const char sErrNoSysRoot[] = "No local root (system root) is set";
 inline constexpr const char sErrCancelled[] = "The transfer was cancelled";
 inline constexpr const char sErrSomeFilesFailed[] = "%d file(s) of '%s' could not be copied";

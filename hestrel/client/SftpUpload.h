@@ -12,12 +12,18 @@
 namespace hestrel {
 
 struct TUploadRequest {
-  std::string RemoteDir;   ///< "\" read as "/"; relative: below the remote login directory
+  std::string RemoteDir;   ///< "\" read as "/"; relative: from AgentDirectory
   std::string LocalFile;
   std::string RemoteName;  ///< empty: the local file's name
 };
 
-/// The remote path PutFile writes: RemoteDir + "/" + (RemoteName or the local name).
+/// The agent's own directory below the remote login directory, where relative destinations
+/// start: the SDK cache's "..\..\" lands in ".hestrel", inside the login directory.
+inline constexpr const char AgentDirectory[] = ".hestrel/agent/work";
+
+/// The remote path PutFile writes: RemoteDir + "/" + (RemoteName or the local name). A
+/// relative one is taken from AgentDirectory with "." and ".." resolved, and is "" (refused)
+/// when it would climb out of the login directory.
 std::string UploadTarget(const TUploadRequest& Request);
 
 /// Sends the file; true also when the listener declined to overwrite (nothing sent).

@@ -279,6 +279,8 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
                            "Frameworks/Foo.framework/Foo", "Frameworks/Foo.framework/Resources/Info.plist"})
     MakeFile(Sdk + "/" + Name, Name);
   for (const char* Name : {"out.h", "up.h"}) fs::create_symlink("/etc/passwd", Sdk + "/usr/include/" + Name);
+  Environment->Variables["ZEPH"] = TempDir.string();  // the host installation's patch goes along
+  MakeFile((TempDir / "Hestrel/munger.patch").string(), "patch");
   auto SDK = std::make_shared<TPlatformSDKDouble>();
   SDK->SystemRoot = Cache;
   SDK->Items = {{Sdk + "/usr/include", "*.h", true, ptIncludePath},
@@ -308,6 +310,7 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
   EXPECT_EQ(Steps[11],
             NoticeText(ptProgress, 4, 4, "Updated files from remote path '" + Sdk + "/Frameworks'", "", "", -1));
   EXPECT_EQ(Steps[12], Finished);
+  EXPECT_EQ(Slurp(Server.Dir / ".hestrel/munger.patch"), "patch");  // inside the login directory
   EXPECT_TRUE(Messages->Shown.empty());  // nothing existed yet: nothing to ask
 
   // A cancel at the first per-file notice stops the update: later paths stay untouched.

@@ -334,6 +334,7 @@ TEST_P(HestrelClientPull, PushesAndRemovalsThatFailSayWhy) {
       {R("no/such/dir"), Local / "small.bin", Format(sErrRemoteFileMissing, {R("no/such/dir/small.bin")})},
       {"/sys", Local / "small.bin", Format(sErrRemotePermission, {"/sys/small.bin"})},  // refused even to root
       {"/sys", Local / "big.bin", Format(sErrRemotePermission, {"/sys/big.bin"})},
+      {"..\\..\\..\\..", Local / "small.bin", Format(sErrRemoteDestinationOutside, {"..\\..\\..\\.."})},
   };
   for (const auto& [Dir, File, Error] : Cases) {
     EXPECT_FALSE(Client->PutFile(Dir, File, 0, "", nullptr));
