@@ -91,6 +91,7 @@ void THestrelClient::Disconnect() {
   FSftp.reset();
   FWatch.reset();  // its thread must not outlive the session's socket
   FSession.reset();
+  FSweptDirectories.clear();
 }
 
 template <typename TBody>
@@ -133,7 +134,8 @@ bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& Lo
     if (!RequireSftp()) return false;
     TPausingFileListener Paused(Listener, FWatch.get());
     std::string Error;
-    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName}, Paused.Get(), FOptions, Error) ||
+    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName, &FSweptDirectories},
+                      Paused.Get(), FOptions, Error) ||
            Fail(Error);
   });
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "client/ClientOptions.h"
@@ -97,6 +98,7 @@ class THestrelClient : public TRAClient {
   std::string FConnectedHost;          ///< host and port of the session, for the timed-out text
   std::int32_t FConnectedPort = 0;
   TSftpSessionPtr FSftp;  ///< opened on first use, kept for the connection
+  std::set<std::string> FSweptDirectories;  ///< remote directories rid of stale temporary files (PutFile)
   std::string FLastError;
   TPullStatistics FLastPull;
 };

@@ -201,6 +201,22 @@ void MakeAgentDirectories(sftp_session Sftp, const std::string& Target) {
     sftp_mkdir(Sftp, Target.substr(0, Slash).c_str(), 0700);
 }
 
+/// Removes the temporary files that killed pushes left in the target's directory, once per
+/// directory: by age against the remote clock (the time the own temporary file was just
+/// written), so that a live writer's file, written within the operation timeout, stays.
+void SweepStaleParts(TUpload& U, std::set<std::string>* Swept) {
+  const std::string Dir = DirectoryOf(U.Target);
+  TRemoteEntry Own;
+  std::vector<TRemoteEntry> Entries;
+  std::string Ignored;
+  if (!Swept || !Swept->insert(Dir).second || !StatRemote(U.Sftp, U.Temp, false, Own, Ignored) ||
+      !ListRemoteDirectory(U.Sftp, Dir, Entries, Ignored))
+    return;
+  for (const TRemoteEntry& Entry : Entries)
+    if (Entry.Type == TRemoteType::File && IsStaleTemporaryFile(Entry.Name, Entry.Modified, Own.Modified))
+      sftp_unlink(U.Sftp, JoinRemote(Dir, Entry.Name).c_str());
+}
+
 /// Asks before replacing an existing remote file; false: leave it.
 bool MayReplace(TUpload& U, IFileListener* Listener) {
   TRemoteEntry Existing;
@@ -250,6 +266,7 @@ bool UploadFile(ssh_session Ssh, sftp_session Sftp, const TUploadRequest& Reques
     }
   }
   if (!Sent && U.Error.empty()) Sent = SendBySftp(U, In);
+  if (Sent) SweepStaleParts(U, Request.Swept);
   if (Sent) Sent = Finish(U);
   if (!Sent) sftp_unlink(Sftp, U.Temp.c_str());  // never leave a partial file behind
   Error = U.Error;

@@ -3,6 +3,7 @@
 // modification time kept.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "client/ClientOptions.h"
@@ -15,6 +16,9 @@ struct TUploadRequest {
   std::string RemoteDir;   ///< "\" read as "/"; relative: from AgentDirectory
   std::string LocalFile;
   std::string RemoteName;  ///< empty: the local file's name
+  /// Remote directories whose stale temporary files were removed already (each directory is
+  /// swept by the first push into it); nullptr: no sweep.
+  std::set<std::string>* Swept = nullptr;
 };
 
 /// The agent's own directory below the remote login directory, where relative destinations

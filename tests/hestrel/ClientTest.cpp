@@ -319,6 +319,13 @@ TEST_P(HestrelClientPull, PushesKeepTheTimeFollowTheOverwriteAnswerAndLeaveNothi
     EXPECT_EQ(Client->GetLastError(), sErrCancelled);
   }
   EXPECT_TRUE(TreeOf(R("c")).empty());
+  // A push rids its directory of the part files that killed pushes left (by age), never of a live one.
+  MakeFile(R("d/.big.bin.0123abcd.hestrel-part"), "killed", 1500000000);
+  MakeFile(R("d/.small.bin.89abcdef.hestrel-part"), "live", std::time(nullptr) - 60);
+  MakeFile(R("d/.a.0123abcd.hestrel-part~"), "other", 1500000000);
+  ASSERT_TRUE(Client->PutFile(R("d"), Local / "small.bin", 0, "", nullptr)) << Client->GetLastError();
+  EXPECT_EQ(TreeOf(R("d")), (std::vector<std::string>{".a.0123abcd.hestrel-part~", ".small.bin.89abcdef.hestrel-part",
+                                                     "small.bin"}));
 }
 
 TEST_P(HestrelClientPull, PushesAndRemovalsThatFailSayWhy) {
