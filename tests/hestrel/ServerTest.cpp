@@ -199,7 +199,7 @@ TEST_F(HestrelServer, SigtermStopsWithStatusZeroEndingTheCommandsAndWaitingForNo
   const auto Begin = std::chrono::steady_clock::now();
   EXPECT_EQ(0, Server.Stop());
   EXPECT_LT(std::chrono::steady_clock::now() - Begin, std::chrono::seconds(4));
-  EXPECT_TRUE(WaitFor([&] { return ::kill(std::atoi(Pid), 0) != 0 && errno == ESRCH; }));
+  EXPECT_TRUE(WaitFor([&] { return KillProcess(std::atoi(Pid), 0) != 0 && errno == ESRCH; }));
   EXPECT_NE(std::string::npos, Server.Log().find("received SIGTERM: stopping"));
   ::close(Socket);
 }

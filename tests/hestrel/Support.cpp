@@ -140,7 +140,10 @@ bool TTestServer::LogShows(const std::string& Text) const {
   return WaitFor([&] { return Log().find(Text) != std::string::npos; }, 3000);
 }
 
+int KillProcess(pid_t Pid, int Signal) { return Pid > 1 ? ::kill(Pid, Signal) : -1; }
+
 pid_t TTestServer::LatestConnection() const {
+  LogShows("(served by pid ");
   const std::string Text = Log();
   const auto At = Text.rfind("(served by pid ");
   return At == std::string::npos ? -1 : std::atoi(Text.c_str() + At + 15);
