@@ -101,6 +101,15 @@ std::string UseProductKnownHosts(ssh_session Session, const std::string& KnownHo
   return "";
 }
 
+std::string CheckKnownHostsFile(const std::string& KnownHostsFile, const std::string& Host, int Port) {
+  int Errno = 0;
+  const int Damaged = FirstDamagedLine(KnownHostsFile, Errno);
+  if (Damaged == 0) return "";
+  return Damaged < 0 ? Format(sErrKnownHostsFile, {KnownHostsFile, std::string(std::strerror(Errno))})
+                     : Format(sErrKnownHostsDamaged, {KnownHostsFile, static_cast<std::int64_t>(Damaged), Host,
+                                                      static_cast<std::int64_t>(Port)});
+}
+
 std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port,
                           const std::string& KnownHostsFile) {
   // The key is checked against the product's file only, never against one libssh chose.
@@ -108,11 +117,6 @@ std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port
     return Format(sErrKnownHostsFile, {KnownHostsFile, "libssh would use '" + Used + "' instead"});
   if (const std::string Used = OptionInUse(Session, SSH_OPTIONS_GLOBAL_KNOWNHOSTS); Used != NoGlobalFile)
     return Format(sErrKnownHostsFile, {KnownHostsFile, "libssh would also read '" + Used + "'"});
-  int Errno = 0;
-  if (const int Damaged = FirstDamagedLine(KnownHostsFile, Errno); Damaged != 0)
-    return Damaged < 0 ? Format(sErrKnownHostsFile, {KnownHostsFile, std::string(std::strerror(Errno))})
-                       : Format(sErrKnownHostsDamaged, {KnownHostsFile, static_cast<std::int64_t>(Damaged), Host,
-                                                        static_cast<std::int64_t>(Port)});
   switch (ssh_session_is_known_server(Session)) {
     case SSH_KNOWN_HOSTS_OK:
       return "";
