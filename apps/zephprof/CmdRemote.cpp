@@ -246,7 +246,8 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   PutCmd->add_option("FILE", *Files, "local files")->required();
   PutCmd->add_option("--to", *To, "remote directory")->required();
   PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
-                 "sent is listed at the end (exit status 1) and the others are still sent.\n"
+                 "sent is listed at the end (exit status 1) and the others are still sent. A relative --to\n"
+                 "starts in ~/.hestrel/agent/work on the remote machine and may not climb out of its home.\n"
                  "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
   PutCmd->callback([&Action, Name, Files, To] {
     Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };
