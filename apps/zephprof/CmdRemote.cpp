@@ -226,15 +226,16 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   CacheCmd->add_option("--item", *Items,
                        "PATH,MASK,TYPE[,subdirs]: pull this item instead of the stored ones (repeatable; not stored)")
       ->allow_extra_args(false);
-  CacheCmd->footer("Pulls the profile's path items ('zephprof paths NAME'; or the --item ones) below its local\n"
-                   "root: a remote file PATH/F lands at LOCALROOT/PATH/F. Shows progress;\n"
-                   "Ctrl-C cancels. A file whose size and modification time match the local copy is taken as\n"
-                   "unchanged and skipped without a question; times are compared to the fraction of a second\n"
-                   "when the server lists them so (GNU find) and the local copy has one, else in whole seconds.\n"
-                   "--checksum compares such files by content instead. An existing local file that differs is\n"
-                   "replaced only when the question is answered Yes (--yes answers every one).\n"
-                   "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"
-                   "  zephprof update-cache \"Build Mac\" --item '/usr/include,*.h,include,subdirs'");
+  CacheCmd->footer(
+      "Pulls the profile's path items ('zephprof paths NAME'; or the --item ones) below its local\n"
+      "root: a remote file PATH/F lands at LOCALROOT/PATH/F. Shows progress;\n"
+      "Ctrl-C cancels. A file whose size and modification time match the local copy is taken as\n"
+      "unchanged and skipped without a question; times are compared to the fraction of a second\n"
+      "when the server lists them so (GNU find) and the local copy has one, else in whole seconds.\n"
+      "--checksum compares such files by content instead. An existing local file that differs is\n"
+      "replaced only when the question is answered Yes (--yes answers every one).\n"
+      "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"
+      "  zephprof update-cache \"Build Mac\" --item '/usr/include,*.h,include,subdirs'");
   CacheCmd->callback([&Action, Name, Items, Checksum] {
     Action = [Name, Items, Checksum](TAppContext& C) { return UpdateCache(C, *Name, *Items, *Checksum); };
   });
@@ -245,10 +246,11 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   PutCmd->add_option("NAME", *Name, "profile")->required();
   PutCmd->add_option("FILE", *Files, "local files")->required();
   PutCmd->add_option("--to", *To, "remote directory")->required();
-  PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
-                 "sent is listed at the end (exit status 1) and the others are still sent. A relative --to\n"
-                 "starts in ~/.hestrel/agent/work on the remote machine and may not climb out of its home.\n"
-                 "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
+  PutCmd->footer(
+      "Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
+      "sent is listed at the end (exit status 1) and the others are still sent. A relative --to\n"
+      "starts in ~/.hestrel/agent/work on the remote machine and may not climb out of its home.\n"
+      "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
   PutCmd->callback([&Action, Name, Files, To] {
     Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };
   });

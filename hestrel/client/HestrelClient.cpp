@@ -134,8 +134,8 @@ bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& Lo
     if (!RequireSftp()) return false;
     TPausingFileListener Paused(Listener, FWatch.get());
     std::string Error;
-    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName, &FSweptDirectories},
-                      Paused.Get(), FOptions, Error) ||
+    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName, &FSweptDirectories}, Paused.Get(),
+                      FOptions, Error) ||
            Fail(Error);
   });
 }

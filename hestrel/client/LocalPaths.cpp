@@ -13,9 +13,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <filesystem>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <vector>
 
 #include "client/ClientErrors.h"
@@ -222,8 +222,8 @@ bool TLocalTempFile::Write(const void* Data, std::size_t Size) {
 
 bool TLocalTempFile::Commit(std::int64_t ModifiedSeconds, std::int32_t ModifiedNanoseconds) {
   if (FFd < 0) return false;
-  const timespec Times[2] = {{0, UTIME_OMIT},
-                             {static_cast<time_t>(ModifiedSeconds), std::clamp<long>(ModifiedNanoseconds, 0, 999999999)}};
+  const timespec Times[2] = {
+      {0, UTIME_OMIT}, {static_cast<time_t>(ModifiedSeconds), std::clamp<long>(ModifiedNanoseconds, 0, 999999999)}};
   if (futimens(FFd, Times) != 0 || close(FFd) != 0) {
     FErrno = errno;
     FFd = -1;

@@ -13,7 +13,7 @@
 namespace hestrel {
 
 struct TUploadRequest {
-  std::string RemoteDir;   ///< "\" read as "/"; relative: from AgentDirectory
+  std::string RemoteDir;  ///< "\" read as "/"; relative: from AgentDirectory
   std::string LocalFile;
   std::string RemoteName;  ///< empty: the local file's name
   /// Remote directories whose stale temporary files were removed already (each directory is

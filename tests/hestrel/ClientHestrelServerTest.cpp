@@ -303,7 +303,8 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
   auto Error = [](const std::string& Text) { return NoticeText(ptError, -1, -1, Text, "", "", -1); };
   std::sort(Steps.begin() + 3, Steps.begin() + 5);  // every refused link has its own notice
   for (const char* Name : {"out.h", "up.h"})
-    EXPECT_EQ(Steps[Name[0] == 'o' ? 3 : 4], Error(Format(sErrUnsafeLink, {Sdk + "/usr/include/" + Name, "/etc/passwd"})));
+    EXPECT_EQ(Steps[Name[0] == 'o' ? 3 : 4],
+              Error(Format(sErrUnsafeLink, {Sdk + "/usr/include/" + Name, "/etc/passwd"})));
   EXPECT_EQ(Steps[5], Error(Format(sErrSomeFilesFailed, {std::int64_t(2), Sdk + "/usr/include"})));
   EXPECT_EQ(Steps[6], NoticeText(ptProgress, 2, 4, "Updating files from remote machine", "", "", -1));
   EXPECT_EQ(Steps[7], Error(Format(sErrRemoteFileMissing, {Sdk + "/missing"})));

@@ -186,7 +186,8 @@ TEST_F(HestrelClient, AChangedKeyOrADamagedKnownHostsFileRefusesTheConnectionAnd
   TTempDir Keys;
   ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + Keys / "other >/dev/null").c_str()), 0);
   const std::string File = KnownHostsPath(App.Path), Pinned = Slurp(File), Host = Pinned.substr(0, Pinned.find(' '));
-  const std::string Other = Host + " " + Slurp(Keys / "other.pub").substr(0, 80), Cut = Host + " ssh-ed25519 AAAAC3Nza\n";
+  const std::string Other = Host + " " + Slurp(Keys / "other.pub").substr(0, 80),
+                    Cut = Host + " ssh-ed25519 AAAAC3Nza\n";
   const std::int64_t Port = Sshd.Port;
   auto Damaged = [&](int Line) { return Format(sErrKnownHostsDamaged, {File, std::int64_t(Line), "127.0.0.1", Port}); };
   const std::tuple<std::string, std::string, std::string> Cases[] = {
@@ -324,8 +325,8 @@ TEST_P(HestrelClientPull, PushesKeepTheTimeFollowTheOverwriteAnswerAndLeaveNothi
   MakeFile(R("d/.small.bin.89abcdef.hestrel-part"), "live", std::time(nullptr) - 60);
   MakeFile(R("d/.a.0123abcd.hestrel-part~"), "other", 1500000000);
   ASSERT_TRUE(Client->PutFile(R("d"), Local / "small.bin", 0, "", nullptr)) << Client->GetLastError();
-  EXPECT_EQ(TreeOf(R("d")), (std::vector<std::string>{".a.0123abcd.hestrel-part~", ".small.bin.89abcdef.hestrel-part",
-                                                     "small.bin"}));
+  EXPECT_EQ(TreeOf(R("d")),
+            (std::vector<std::string>{".a.0123abcd.hestrel-part~", ".small.bin.89abcdef.hestrel-part", "small.bin"}));
 }
 
 TEST_P(HestrelClientPull, PushesAndRemovalsThatFailSayWhy) {
