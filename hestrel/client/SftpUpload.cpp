@@ -30,8 +30,10 @@ std::string UploadTarget(const TUploadRequest& Request) {
   }
   const std::string Path = Dir.empty() ? Name : JoinRemote(Dir, Name);
   if (!Path.empty() && Path.front() == '/') return Path;
+  // "~" is the login directory itself, as in ListFiles; anything else relative starts in the agent's.
+  const bool Home = Path == "~" || Path.compare(0, 2, "~/") == 0;
   std::vector<std::string> Parts;
-  for (const std::string& Part : {std::string(AgentDirectory), Path}) {
+  for (const std::string& Part : {std::string(Home ? "" : AgentDirectory), Path.substr(Home ? 1 : 0)}) {
     std::size_t Begin = 0;
     while (Begin <= Part.size()) {
       const std::size_t End = std::min(Part.find('/', Begin), Part.size());

@@ -26,8 +26,8 @@ struct TUploadRequest {
 inline constexpr const char AgentDirectory[] = ".hestrel/agent/work";
 
 /// The remote path PutFile writes: RemoteDir + "/" + (RemoteName or the local name). A
-/// relative one is taken from AgentDirectory with "." and ".." resolved, and is "" (refused)
-/// when it would climb out of the login directory.
+/// relative one is taken from AgentDirectory ("~/..." from the login directory) with "." and
+/// ".." resolved, and is "" (refused) when it would climb out of the login directory.
 std::string UploadTarget(const TUploadRequest& Request);
 
 /// Sends the file; true also when the listener declined to overwrite (nothing sent).

@@ -259,6 +259,21 @@ TEST_F(HestrelClientReplace, WithoutACommandToReplaceTheOldWayStillReplacesAndDe
   EXPECT_EQ(N3, 0);
 }
 
+using HestrelClientPush = THestrelServerClientTest;
+
+TEST_F(HestrelClientPush, RelativeDestinationsLandInTheAgentsDirectoryOrTheHomeAndNeverAbove) {
+  Start();
+  MakeFile(Local / "a.h", "a");
+  for (const auto& [To, Landed] : {std::pair{"..\\..\\", ".hestrel/a.h"},
+                                   {"sub/./x/..", ".hestrel/agent/work/sub/a.h"},
+                                   {"~/deploy", "deploy/a.h"}}) {
+    ASSERT_TRUE(Client->PutFile(To, Local / "a.h", 0, "", nullptr)) << Client->GetLastError();
+    EXPECT_EQ(Slurp(Dir() + "/" + Landed), "a") << To;
+  }
+  EXPECT_FALSE(Client->PutFile("~/..", Local / "a.h", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDestinationOutside, {"~/.."}));
+}
+
 using RemoteOperationsE2E = THostFixture;
 
 TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworksAndAFailingPathDoesNotEndIt) {
