@@ -249,7 +249,8 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   PutCmd->footer(
       "Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
       "sent is listed at the end (exit status 1) and the others are still sent. A relative --to\n"
-      "starts in ~/.hestrel/agent/work on the remote machine and may not climb out of its home.\n"
+      "starts in ~/.hestrel/agent/work on the remote machine (~/DIR: in the home) and may not climb\n"
+      "out of the home.\n"
       "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
   PutCmd->callback([&Action, Name, Files, To] {
     Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };
