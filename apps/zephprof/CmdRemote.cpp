@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "Json.h"
+#include "client/ClientFactory.h"
 #include "core/ResourceStrings.h"
 #include "core/Text.h"
 #include "hosts/linux/ProfilePlatformSDK.h"
@@ -86,9 +87,11 @@ bool ParseItem(const std::string& Text, TOTARemoteProfilePathItem& Item) {
   return true;
 }
 
-int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::string>& ItemTexts) {
+int UpdateCache(TAppContext& C, const std::string& Name, const std::vector<std::string>& ItemTexts, bool Checksum) {
   const IOTARemoteProfilePtr P = C.FindProfile(Name);
   if (!P) return ExitFailed;
+  if (auto* Hestrel = dynamic_cast<hestrel::THestrelClientFactory*>(TRAClientFactory::GetInstance()))
+    Hestrel->Options().CompareContent = Checksum;
   // A cache pull takes the items of the host's platform SDK: on the reference host the profile's
   // entry in the SDK store (hosts/linux/ProfileSdkStore.h), or the --item ones of this run.
   IOTAPlatformSDKPtr SDK = std::make_shared<TProfilePlatformSDK>(P, C.SdksPtr());
@@ -216,18 +219,25 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
 
   auto* CacheCmd = App.add_subcommand("update-cache", "Pull the remote SDK's path items into the local root");
   auto Items = std::make_shared<std::vector<std::string>>();
+  auto Checksum = std::make_shared<bool>(false);
   CacheCmd->add_option("NAME", *Name, "profile")->required();
+  CacheCmd->add_flag("--checksum", *Checksum,
+                     "compare the content (SHA-256; needs sha256sum remotely) of files whose size and time match");
   CacheCmd->add_option("--item", *Items,
                        "PATH,MASK,TYPE[,subdirs]: pull this item instead of the stored ones (repeatable; not stored)")
       ->allow_extra_args(false);
-  CacheCmd->footer("Pulls the profile's path items ('zephprof paths NAME'; or the --item ones) below its local\n"
-                   "root: a remote file PATH/F lands at LOCALROOT/PATH/F. Shows progress;\n"
-                   "Ctrl-C cancels. An existing local file is replaced only when the question is answered Yes\n"
-                   "(--yes answers every one).\n"
-                   "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"
-                   "  zephprof update-cache \"Build Mac\" --item '/usr/include,*.h,include,subdirs'");
-  CacheCmd->callback([&Action, Name, Items] {
-    Action = [Name, Items](TAppContext& C) { return UpdateCache(C, *Name, *Items); };
+  CacheCmd->footer(
+      "Pulls the profile's path items ('zephprof paths NAME'; or the --item ones) below its local\n"
+      "root: a remote file PATH/F lands at LOCALROOT/PATH/F. Shows progress;\n"
+      "Ctrl-C cancels. A file whose size and modification time match the local copy is taken as\n"
+      "unchanged and skipped without a question; times are compared to the fraction of a second\n"
+      "when the server lists them so (GNU find) and the local copy has one, else in whole seconds.\n"
+      "--checksum compares such files by content instead. An existing local file that differs is\n"
+      "replaced only when the question is answered Yes (--yes answers every one).\n"
+      "Example:\n  zephprof --yes update-cache \"Build Mac\"\n"
+      "  zephprof update-cache \"Build Mac\" --item '/usr/include,*.h,include,subdirs'");
+  CacheCmd->callback([&Action, Name, Items, Checksum] {
+    Action = [Name, Items, Checksum](TAppContext& C) { return UpdateCache(C, *Name, *Items, *Checksum); };
   });
 
   auto Files = std::make_shared<std::vector<std::string>>();
@@ -236,9 +246,12 @@ void AddTransferCommands(CLI::App& App, TAction& Action) {
   PutCmd->add_option("NAME", *Name, "profile")->required();
   PutCmd->add_option("FILE", *Files, "local files")->required();
   PutCmd->add_option("--to", *To, "remote directory")->required();
-  PutCmd->footer("Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
-                 "sent is listed at the end (exit status 1) and the others are still sent.\n"
-                 "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
+  PutCmd->footer(
+      "Shows progress; Ctrl-C cancels. Existing remote files are replaced. A file that cannot be\n"
+      "sent is listed at the end (exit status 1) and the others are still sent. A relative --to\n"
+      "starts in ~/.hestrel/agent/work on the remote machine (~/DIR: in the home) and may not climb\n"
+      "out of the home.\n"
+      "Example:\n  zephprof put \"Build Mac\" app.bin README --to /tmp/deploy");
   PutCmd->callback([&Action, Name, Files, To] {
     Action = [Name, Files, To](TAppContext& C) { return Put(C, *Name, *Files, *To); };
   });

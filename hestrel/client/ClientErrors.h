@@ -19,6 +19,9 @@ inline constexpr const char sErrInvalidHostName[] = "The host name '%s' is not v
 inline constexpr const char sErrInvalidUserName[] = "The user name '%s' is not valid";
 inline constexpr const char sErrSshOption[] = "The SSH option %s cannot be set: %s";
 inline constexpr const char sErrKnownHostsFile[] = "The known-hosts file '%s' cannot be used: %s";
+inline constexpr const char sErrKnownHostsDamaged[] =
+    "The known-hosts file '%s' is damaged at line %d, so the host key of '%s' on port %d cannot be checked; the "
+    "connection was refused. Correct or remove that line";
 inline constexpr const char sErrNoHostName[] = "No host name is set";
 
 // Credentials.
@@ -40,9 +43,14 @@ inline constexpr const char sErrLocalIo[] = "Local file '%s' failed: %s";
 inline constexpr const char sErrUnsafeName[] = "Refused remote name '%s': it would be written outside the local root";
 inline constexpr const char sErrUnsafeLink[] =
     "Refused symbolic link '%s': it points to '%s', outside the tree being copied";
+inline constexpr const char sErrRemoteDestinationOutside[] =
+    "Refused remote destination '%s': a relative destination must stay inside the remote login directory";
 inline constexpr const char sErrNoSysRoot[] = "No local root (system root) is set";
 inline constexpr const char sErrCancelled[] = "The transfer was cancelled";
-inline constexpr const char sErrSomeFilesFailed[] = "%d file(s) could not be copied; the last error: %s";
+inline constexpr const char sErrSomeFilesFailed[] = "%d file(s) of '%s' could not be copied";
+inline constexpr const char sErrRootHoldsAppData[] =
+    "Refused local root '%s': it is or holds the application-data directory '%s' (profile files, password key, "
+    "known hosts)";
 
 // Remote commands.
 inline constexpr const char sErrCommandFailed[] = "The remote command failed (exit status %d): %s";

@@ -20,6 +20,8 @@ class THestrelClientFactory : public TRAClientFactory {
   /// or made (SaveProfile then refuses the save: a clear password is never stored).
   std::string Encrypt(const std::string& Password) override;
   const std::string& GetAppDataDir() const { return FAppDataDir; }
+  /// The options of the clients made from now on.
+  THestrelClientOptions& Options() { return FOptions; }
 
  private:
   std::string FAppDataDir;

@@ -21,6 +21,9 @@ struct THestrelClientOptions {
   /// Files of at least this size are pushed through an exec'd `cat` (faster than
   /// libssh 0.10's synchronous sftp_write); smaller ones over SFTP. 0 disables.
   long long StreamPushMinimumBytes = 1 << 20;
+  /// A pulled file whose size and time match the local copy is compared by content (SHA-256
+  /// on both sides) instead of being taken as unchanged.
+  bool CompareContent = false;
 };
 
 }  // namespace hestrel

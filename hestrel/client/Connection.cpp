@@ -96,6 +96,8 @@ TConnectResult OpenConnection(const TConnectRequest& Request) {
     return Result;
   }
   if (Result.Error = SetOptions(Session.get(), Request, User, Host); !Result.Error.empty()) return Result;
+  if (Result.Error = CheckKnownHostsFile(KnownHostsPath(Request.AppDataDir), Host, Request.Port); !Result.Error.empty())
+    return Result;
   if (ssh_connect(Session.get()) != SSH_OK) return ConnectFailure(SessionError(Session.get()), Host, Request.Port);
   KeepAlive(Session.get());
   Result.Error = VerifyHostKey(Session.get(), Host, Request.Port, KnownHostsPath(Request.AppDataDir));

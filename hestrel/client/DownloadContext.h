@@ -11,6 +11,7 @@
 #include "client/ClientOptions.h"
 #include "client/RemoteListing.h"
 #include "client/Session.h"
+#include "common/UniqueFd.h"
 #include "host/AgentClient.h"
 
 namespace hestrel {
@@ -26,6 +27,7 @@ struct TPlannedFile {
   std::string Local;     ///< destination under the system root
   std::int64_t Size = 0;
   std::int64_t Modified = 0;
+  std::int32_t ModifiedNanoseconds = -1;  ///< as the listing gave it (TRemoteEntry)
   bool Done = false;  ///< copied (or given up): no further attempt
 };
 
@@ -43,6 +45,8 @@ struct TDownloadContext {
   ssh_session Ssh = nullptr;
   sftp_session Sftp = nullptr;
   std::string SysRoot;
+  TUniqueFd Root;        ///< the system root, open once the pull knows it has something to write (OpenRoot)
+  std::string RootPath;  ///< SysRoot as destinations begin with it (no trailing '/')
   IFileListener* Listener = nullptr;
   IFileIteration* Iteration = nullptr;
   THestrelClientOptions Options;
@@ -61,15 +65,20 @@ struct TDownloadContext {
   std::vector<TRemoteDirectory> StreamEntered;  ///< directories entered, in stream order (the root first)
   std::set<std::string> StreamEnteredPaths;     ///< ... the same, by remote path
   std::set<std::string> StreamHandled;          ///< files and links decided (copied, declined, refused)
-  /// Local directories made, checked to resolve inside the system root and rid of stale
-  /// temporary files in this pull: each is prepared once, not once per file (realpath per
-  /// file cost a third of a fresh pull's time).
+  /// Local directories made beneath the system root and rid of stale temporary files in this
+  /// pull: each is prepared once, not once per file (resolving a path per file cost a third
+  /// of a fresh pull's time).
   std::set<std::string> Prepared;
+  /// Files whose size and time match the local copy, kept for a content check (CompareContent).
+  std::vector<TPlannedFile> Unverified;
 
-  /// Makes the local directory Dir, checks that it resolves inside the system root and, the
-  /// first time, removes the temporary files a killed process left there (older than
-  /// StaleTemporarySeconds). False with Error set when it cannot be made, false with Error
-  /// empty when it resolves outside the root.
+  /// Makes the system root where missing (the user's own path, links followed) and opens it.
+  /// False with Error naming it when it cannot be made or opened.
+  bool OpenRoot(std::string& Error);
+  /// Makes the local directory Dir (under RootPath) beneath the open root, never following a
+  /// link out of it (OpenDirectoryBeneath), and the first time removes the temporary files a
+  /// killed process left there. False with Error set when it cannot be made, false with Error
+  /// empty when it would lie outside the root.
   bool PrepareDirectory(const std::string& Dir, std::string& Error);
 
   /// A failing file: counted, remembered, and the listener asked whether to go on; when
@@ -97,9 +106,14 @@ bool PlanStreamRemainder(TDownloadContext& Context, const std::string& TreeRoot,
                          std::vector<TPlannedFile>& Plan);
 
 /// Asks Accept and, when a different local file exists, Overwrite; identical files (same
-/// size and modification time) answer false without a question. True: copy it.
-bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
-               const TRemoteEntry& Entry);
+/// size and modification time, SameModificationTime) answer false without a question, and
+/// with CompareContent wait in Unverified for VerifyContent. True: copy it.
+bool AskToCopy(TDownloadContext& Context, const TPlannedFile& File);
+
+/// CompareContent: hashes the Unverified files on both sides (remote `sha256sum` over exec,
+/// local SHA-256) and treats those whose content differs, or whose remote hash could not be
+/// had, as changed: asked about as AskToCopy does, and planned when the answer is to copy.
+void VerifyContent(TDownloadContext& Context, std::vector<TPlannedFile>& Plan);
 
 /// Makes the directory of Local and checks it resolves inside the system root (reported).
 bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local);

@@ -1,14 +1,17 @@
 // Hestrel client, GetFiles: listing a remote tree and deciding each entry
 // (see DownloadContext.h). Nothing is written here but mirrored symbolic links.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <memory>
 
 #include "client/ClientErrors.h"
+#include "client/ContentHash.h"
 #include "client/DownloadContext.h"
 #include "client/FindListing.h"
 #include "client/LinkWatch.h"
@@ -28,17 +31,31 @@ void TDownloadContext::Fail(const std::string& RemoteFile, const std::string& Er
 
 bool TDownloadContext::LinkCut() const { return Watch && Watch->WasCut(); }
 
+bool TDownloadContext::OpenRoot(std::string& Error) {
+  if (Root.Valid()) return true;
+  std::error_code Ec;
+  std::filesystem::create_directories(SysRoot, Ec);
+  Root.Reset(Ec ? -1 : open(SysRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!Root.Valid()) Error = LocalErrorText(SysRoot, Ec ? Ec.value() : errno);
+  RootPath = SysRoot;
+  while (RootPath.size() > 1 && RootPath.back() == '/') RootPath.pop_back();
+  return Root.Valid();
+}
+
 bool TDownloadContext::PrepareDirectory(const std::string& Dir, std::string& Error) {
   Error.clear();
   if (Prepared.count(Dir)) return true;
-  std::error_code Ec;
-  std::filesystem::create_directories(Dir, Ec);
-  if (Ec) {
-    Error = LocalErrorText(Dir, Ec.value());
+  if (!Root.Valid() || !IsWithinTree(RootPath, Dir)) return false;
+  std::string_view Relative(Dir);
+  Relative.remove_prefix(RootPath.size());
+  while (!Relative.empty() && Relative.front() == '/') Relative.remove_prefix(1);
+  int Errno = 0;
+  const TUniqueFd Opened = OpenDirectoryBeneath(Root.Get(), Relative, Errno);
+  if (!Opened.Valid()) {
+    if (Errno != EXDEV && Errno != ELOOP) Error = LocalErrorText(Dir, Errno);
     return false;
   }
-  if (!LocalDirectoryInsideRoot(Dir, SysRoot)) return false;
-  RemoveStaleTemporaryFiles(Dir);
+  RemoveStaleTemporaryFiles(Opened.Get());
   Prepared.insert(Dir);
   return true;
 }
@@ -55,18 +72,50 @@ void TDownloadContext::Cancel() {
   LastError = sErrCancelled;
 }
 
-bool AskToCopy(TDownloadContext& Context, const std::string& Remote, const std::string& Local,
-               const TRemoteEntry& Entry) {
-  std::int64_t LocalSize = 0, LocalTime = 0;
-  const bool Exists = LocalFileInfo(Local, LocalSize, LocalTime);
-  if (Exists && LocalSize == Entry.Size && LocalTime == Entry.Modified) return false;  // identical: silent skip
+namespace {
+
+/// Accept, then Overwrite when the local file exists. True: copy it.
+bool Ask(TDownloadContext& Context, const TPlannedFile& File, bool Exists, std::int64_t LocalSize,
+         std::int64_t LocalTime) {
   if (!Context.Listener) return true;
   std::int32_t Flags = 0;
-  const std::uint8_t Answer = Context.Listener->Accept(Remote, Local, false, Flags);
+  const std::uint8_t Answer = Context.Listener->Accept(File.Remote, File.Local, false, Flags);
   if (Answer == 3) Context.Cancel();
   if (Answer != 1) return false;
-  return !Exists || Context.Listener->Overwrite(Local, FromUnixSeconds(LocalTime), LocalSize,
-                                                FromUnixSeconds(Entry.Modified), Entry.Size);
+  return !Exists || Context.Listener->Overwrite(File.Local, FromUnixSeconds(LocalTime), LocalSize,
+                                                FromUnixSeconds(File.Modified), File.Size);
+}
+
+}  // namespace
+
+bool AskToCopy(TDownloadContext& Context, const TPlannedFile& File) {
+  std::int64_t LocalSize = 0, LocalTime = 0;
+  std::int32_t LocalNanoseconds = 0;
+  const bool Exists = LocalFileInfo(File.Local, LocalSize, LocalTime, LocalNanoseconds);
+  if (Exists && LocalSize == File.Size &&
+      SameModificationTime(LocalTime, LocalNanoseconds, File.Modified, File.ModifiedNanoseconds)) {
+    if (Context.Options.CompareContent) Context.Unverified.push_back(File);
+    return false;  // identical: silent skip
+  }
+  return Ask(Context, File, Exists, LocalSize, LocalTime);
+}
+
+void VerifyContent(TDownloadContext& Context, std::vector<TPlannedFile>& Plan) {
+  std::vector<TPlannedFile> Files = std::move(Context.Unverified);
+  Context.Unverified.clear();
+  if (Files.empty() || Context.Stopped) return;
+  std::vector<std::string> Paths;
+  for (const TPlannedFile& File : Files) Paths.push_back(File.Remote);
+  const std::map<std::string, std::string> Remote = RemoteContentHashes(Context.Ssh, Paths);
+  for (const TPlannedFile& File : Files) {
+    if (Context.Stopped) return;
+    const auto It = Remote.find(File.Remote);
+    if (It != Remote.end() && It->second == LocalContentHash(File.Local)) continue;
+    std::int64_t LocalSize = 0, LocalTime = 0;
+    std::int32_t LocalNanoseconds = 0;
+    const bool Exists = LocalFileInfo(File.Local, LocalSize, LocalTime, LocalNanoseconds);
+    if (Ask(Context, File, Exists, LocalSize, LocalTime)) Plan.push_back(File);
+  }
 }
 
 bool PrepareLocalDirectory(TDownloadContext& Context, const std::string& Remote, const std::string& Local) {
@@ -130,10 +179,10 @@ void PlanEntry(TDownloadContext& Context, const std::string& TreeRoot, const TRe
   if (!LocalPathUnderRoot(Context.SysRoot, Remote, Local)) return Context.Fail(Remote, Format(sErrUnsafeName, {Remote}));
   if (Entry.Type == TRemoteType::SymLink) return MirrorLink(Context, TreeRoot, Dir.Remote, Remote, Local, Entry.LinkTarget);
   if (Entry.Type != TRemoteType::File) return;  // devices, sockets, fifos: not SDK files
-  if (!AskToCopy(Context, Remote, Local, Entry)) return;
   std::string Relative;
   for (const auto& Part : Components) Relative += (Relative.empty() ? "" : "/") + Part;
-  Plan.push_back({Remote, Relative, Local, Entry.Size, Entry.Modified, false});
+  TPlannedFile File{Remote, Relative, Local, Entry.Size, Entry.Modified, Entry.ModifiedNanoseconds, false};
+  if (AskToCopy(Context, File)) Plan.push_back(std::move(File));
 }
 
 /// Lists and plans the directories of Pending (the last first); Descend: subdirectories are

@@ -44,7 +44,14 @@ bool ParseFindRecords(const std::string& Root, const std::string& Output, TTreeL
     Entry.Type = TypeOf(Head[0]);
     Entry.Size = std::strtoll(Head.c_str() + 2, &End, 10);
     if (*End != ' ') return false;
-    Entry.Modified = std::strtoll(End + 1, &End, 10);  // whole seconds, as SFTP reports them
+    Entry.Modified = std::strtoll(End + 1, &End, 10);
+    if (*End == '.' && Entry.Modified >= 0) {  // nanoseconds: the first nine digits of the fraction
+      Entry.ModifiedNanoseconds = 0;
+      for (int Digit = 0; Digit < 9; ++Digit) {
+        const char C = End[1] >= '0' && End[1] <= '9' ? *++End : '0';
+        Entry.ModifiedNanoseconds = Entry.ModifiedNanoseconds * 10 + (C - '0');
+      }
+    }
     Entry.LinkTarget = Link;
     if (!IsSafeRelativePath(Path)) {
       // find's %P never looks like this; a server that sends it is refused and reported: the

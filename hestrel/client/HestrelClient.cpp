@@ -91,6 +91,7 @@ void THestrelClient::Disconnect() {
   FSftp.reset();
   FWatch.reset();  // its thread must not outlive the session's socket
   FSession.reset();
+  FSweptDirectories.clear();
 }
 
 template <typename TBody>
@@ -133,7 +134,8 @@ bool THestrelClient::PutFile(const std::string& RemoteDir, const std::string& Lo
     if (!RequireSftp()) return false;
     TPausingFileListener Paused(Listener, FWatch.get());
     std::string Error;
-    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName}, Paused.Get(), FOptions, Error) ||
+    return UploadFile(FSession.get(), FSftp.get(), {RemoteDir, LocalFile, RemoteName, &FSweptDirectories}, Paused.Get(),
+                      FOptions, Error) ||
            Fail(Error);
   });
 }
@@ -155,6 +157,17 @@ bool LocalTreeIsEmpty(const std::string& Local) {
   return !std::filesystem::exists(Local, Ec) || std::filesystem::is_empty(Local, Ec);
 }
 
+/// The answer of a pull that ran: false when the listener cancelled, or when any file failed.
+/// Each failure went to the listener as it happened (ContinueOnError), so Error only counts
+/// them; without a listener it is the last failure's own text.
+bool PullAnswer(const TDownloadContext& Context, const std::string& RemotePath, std::string& Error) {
+  if (Context.Cancelled || Context.Failures == 0 || !Context.Listener)
+    Error = Context.LastError;
+  else
+    Error = Format(sErrSomeFilesFailed, {static_cast<std::int64_t>(Context.Failures), RemotePath});
+  return Context.Failures == 0 && !Context.Cancelled;
+}
+
 /// One pull of a remote tree (or single file) into the system root. AllowStream: the filter
 /// descends everywhere, so a fresh tree may come as one tar stream.
 bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntryFilter& Filter, bool AllowStream,
@@ -166,11 +179,11 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
   }
   if (Root.empty()) Root.push_back('.');  // (not = ".": GCC 12 -O2 warns falsely, -Wrestrict)
   TRemoteEntry Top;
-  if (!StatRemote(Context.Sftp, Root, true, Top, Error)) return false;
+  if (!StatRemote(Context.Sftp, Root, true, Top, Error) || !Context.OpenRoot(Error)) return false;
   std::vector<TPlannedFile> Plan;
   if (Top.Type == TRemoteType::File) {  // a single file named directly
-    if (AskToCopy(Context, Root, Local, Top))
-      Plan.push_back({Root, Root.substr(Root.find_last_of('/') + 1), Local, Top.Size, Top.Modified, false});
+    TPlannedFile File{Root, Root.substr(Root.find_last_of('/') + 1), Local, Top.Size, Top.Modified, -1, false};
+    if (AskToCopy(Context, File)) Plan.push_back(std::move(File));
   } else {
     // Nothing local to compare with: one tar stream of the whole tree, no listing. Whatever
     // it could not bring (no tar, an error on the way) the listing pass below completes; a
@@ -178,21 +191,18 @@ bool Pull(TDownloadContext& Context, const std::string& RemotePath, const TEntry
     TTreeStreamEnd Stream = TTreeStreamEnd::Incomplete;
     if (AllowStream && Context.Options.UseTarStream && LocalTreeIsEmpty(Local))
       Stream = TarTreePull(Context, Root, Filter);
-    if (Stream == TTreeStreamEnd::Complete) {
-      Error = Context.LastError;
-      return Context.Failures == 0 && !Context.Cancelled;
-    }
     if (Context.LinkCut()) return false;  // the server stopped answering: nothing more can come
-    const bool Planned = Context.Stopped || (Stream == TTreeStreamEnd::Refused ? PlanStreamRemainder(Context, Root, Filter, Plan)
-                                                                              : PlanTree(Context, Root, Filter, Plan));
+    const bool Planned = Context.Stopped || Stream == TTreeStreamEnd::Complete ||
+                         (Stream == TTreeStreamEnd::Refused ? PlanStreamRemainder(Context, Root, Filter, Plan)
+                                                            : PlanTree(Context, Root, Filter, Plan));
     if (!Planned) {
       Error = Context.LastError;
       return false;
     }
   }
+  VerifyContent(Context, Plan);
   if (!Context.Stopped) FetchPlanned(Context, Root, Plan);
-  Error = Context.LastError;
-  return Context.Failures == 0 && !Context.Cancelled;
+  return PullAnswer(Context, RemotePath, Error);
 }
 
 }  // namespace
@@ -209,9 +219,16 @@ TDownloadContext THestrelClient::MakeContext(IFileIteration* Iteration, IFileLis
   return Context;
 }
 
+bool THestrelClient::LocalRootUsable() {
+  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  // A pull there could replace the profile files, the password key or known_hosts.
+  if (LocalPathHolds(FSysRoot, FAppDataDir)) return Fail(Format(sErrRootHoldsAppData, {FSysRoot, FAppDataDir}));
+  return true;
+}
+
 bool THestrelClient::GetFiles(const std::string& RemotePath, bool IncludeSubDirs, const std::string& Mask,
                               IFileIteration* Iteration, IFileListener* Listener) {
-  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  if (!LocalRootUsable()) return false;
   return Watched([&] { return Fetch(RemotePath, IncludeSubDirs, Mask, Iteration, Listener); });
 }
 
@@ -234,7 +251,7 @@ bool THestrelClient::Fetch(const std::string& RemotePath, bool IncludeSubDirs, c
 
 bool THestrelClient::GetFrameworkFiles(const std::string& RemotePath, const std::string& FrameworkName,
                                        bool IncludeNonEssential, IFileIteration* Iteration, IFileListener* Listener) {
-  if (FSysRoot.empty()) return Fail(sErrNoSysRoot);
+  if (!LocalRootUsable()) return false;
   if (!IsSafeEntryName(FrameworkName)) return Fail(Format(sErrUnsafeName, {FrameworkName}));
   return Watched([&] { return FetchFramework(RemotePath, FrameworkName, IncludeNonEssential, Iteration, Listener); });
 }

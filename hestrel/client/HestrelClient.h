@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "client/ClientOptions.h"
@@ -74,6 +75,8 @@ class THestrelClient : public TRAClient {
   /// answer is the failure value ({}), GetLastError the timed-out text, the session dropped.
   template <typename TBody>
   auto Watched(TBody&& Body);
+  /// A system root is set and is neither the application-data directory nor a parent of it.
+  bool LocalRootUsable();
   bool RequireSession();
   bool RequireSftp();
   TDownloadContext MakeContext(IFileIteration* Iteration, IFileListener* Listener) const;
@@ -95,6 +98,7 @@ class THestrelClient : public TRAClient {
   std::string FConnectedHost;          ///< host and port of the session, for the timed-out text
   std::int32_t FConnectedPort = 0;
   TSftpSessionPtr FSftp;  ///< opened on first use, kept for the connection
+  std::set<std::string> FSweptDirectories;  ///< remote directories rid of stale temporary files (PutFile)
   std::string FLastError;
   TPullStatistics FLastPull;
 };

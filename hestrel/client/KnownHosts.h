@@ -15,6 +15,12 @@ std::string KnownHostsPath(const std::string& AppDataDir);
 /// fall back to ~/.ssh/known_hosts without a word.
 std::string UseProductKnownHosts(ssh_session Session, const std::string& KnownHostsFile);
 
+/// Before ssh_connect (which already reads the file to choose key types): every key line of
+/// the file must parse as libssh reads it, since libssh takes a file with one damaged line
+/// for empty, every host for unknown, and would accept and record any key. Answers "" or the
+/// error text naming the file and the first damaged line.
+std::string CheckKnownHostsFile(const std::string& KnownHostsFile, const std::string& Host, int Port);
+
 /// After ssh_connect: the files libssh really uses must be the product's (else the error
 /// text); a first-seen host's key is recorded; a known host must show the recorded key.
 /// Answers "" when the key is accepted, else the error text.

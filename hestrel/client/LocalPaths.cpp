@@ -3,15 +3,19 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sodium.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <vector>
 
 #include "client/ClientErrors.h"
@@ -114,19 +118,75 @@ std::string RelativePath(std::string_view From, std::string_view Path) {
   return Result.empty() ? "." : Result;
 }
 
-bool LocalDirectoryInsideRoot(const std::string& Dir, const std::string& Root) {
-  char RealDir[PATH_MAX];
-  char RealRoot[PATH_MAX];
-  if (!realpath(Dir.c_str(), RealDir) || !realpath(Root.c_str(), RealRoot)) return false;
-  return IsWithinTree(RealRoot, RealDir);
+namespace {
+
+/// Opens Path (relative, safe names) below RootFd without leaving it; -1 with errno.
+int OpenBeneath(int RootFd, const std::string& Path) {
+  open_how How{};
+  How.flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  How.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  const long Fd = syscall(SYS_openat2, RootFd, Path.c_str(), &How, sizeof How);
+  if (Fd >= 0 || (errno != ENOSYS && errno != EPERM)) return static_cast<int>(Fd);
+  // No openat2 (kernels before 5.6, or a filter that refuses it): one component at a time,
+  // following no link at all.
+  TUniqueFd Dir(fcntl(RootFd, F_DUPFD_CLOEXEC, 0));
+  for (const auto Part : Components(Path)) {
+    if (!Dir.Valid()) break;
+    const int Next = openat(Dir.Get(), std::string(Part).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int Error = errno;
+    Dir.Reset(Next);
+    errno = Error;
+  }
+  return Dir.Release();
 }
 
-bool LocalFileInfo(const std::string& Path, std::int64_t& Size, std::int64_t& ModifiedSeconds) {
+}  // namespace
+
+TUniqueFd OpenDirectoryBeneath(int RootFd, std::string_view Relative, int& Errno) {
+  TUniqueFd Dir(OpenBeneath(RootFd, Relative.empty() ? "." : std::string(Relative)));
+  Errno = Dir.Valid() ? 0 : errno;
+  if (Errno != ENOENT) return Dir;
+  Dir.Reset(fcntl(RootFd, F_DUPFD_CLOEXEC, 0));
+  std::string Path;
+  for (const auto Part : Components(Relative)) {
+    Path.append(Path.empty() ? "" : "/").append(Part);
+    // mkdirat makes the last component only and never follows a link there (EEXIST).
+    if (!Dir.Valid() || (mkdirat(Dir.Get(), std::string(Part).c_str(), 0755) != 0 && errno != EEXIST)) {
+      Errno = errno;
+      return {};
+    }
+    TUniqueFd Next(OpenBeneath(RootFd, Path));
+    if (!Next.Valid()) {
+      Errno = errno;
+      return {};
+    }
+    Dir = std::move(Next);
+  }
+  Errno = 0;
+  return Dir;
+}
+
+bool LocalPathHolds(const std::string& Root, const std::string& Dir) {
+  std::error_code Ec;
+  const std::string RealRoot = std::filesystem::weakly_canonical(Root, Ec).string();
+  const std::string RealDir = Ec ? "" : std::filesystem::weakly_canonical(Dir, Ec).string();
+  return !Ec && !RealRoot.empty() && IsWithinTree(RealRoot, RealDir);
+}
+
+bool LocalFileInfo(const std::string& Path, std::int64_t& Size, std::int64_t& ModifiedSeconds,
+                   std::int32_t& ModifiedNanoseconds) {
   struct stat St;
   if (lstat(Path.c_str(), &St) != 0 || !S_ISREG(St.st_mode)) return false;
   Size = St.st_size;
   ModifiedSeconds = St.st_mtim.tv_sec;
+  ModifiedNanoseconds = static_cast<std::int32_t>(St.st_mtim.tv_nsec);
   return true;
+}
+
+bool SameModificationTime(std::int64_t LocalSeconds, std::int32_t LocalNanoseconds, std::int64_t RemoteSeconds,
+                          std::int32_t RemoteNanoseconds) {
+  return LocalSeconds == RemoteSeconds &&
+         (RemoteNanoseconds < 0 || LocalNanoseconds == 0 || LocalNanoseconds == RemoteNanoseconds);
 }
 
 TDateTime FromUnixSeconds(std::int64_t Seconds) { return TDateTime(std::chrono::seconds(Seconds)); }
@@ -160,9 +220,10 @@ bool TLocalTempFile::Write(const void* Data, std::size_t Size) {
   return true;
 }
 
-bool TLocalTempFile::Commit(std::int64_t ModifiedSeconds) {
+bool TLocalTempFile::Commit(std::int64_t ModifiedSeconds, std::int32_t ModifiedNanoseconds) {
   if (FFd < 0) return false;
-  const timespec Times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(ModifiedSeconds), 0}};
+  const timespec Times[2] = {
+      {0, UTIME_OMIT}, {static_cast<time_t>(ModifiedSeconds), std::clamp<long>(ModifiedNanoseconds, 0, 999999999)}};
   if (futimens(FFd, Times) != 0 || close(FFd) != 0) {
     FErrno = errno;
     FFd = -1;
@@ -209,16 +270,22 @@ bool IsTemporaryName(std::string_view Name) {
   return Name[Name.size() - TemporarySuffix.size() - TagDigits - 1] == '.';
 }
 
-int RemoveStaleTemporaryFiles(const std::string& Dir, std::int64_t MaxAgeSeconds) {
-  DIR* Handle = opendir(Dir.c_str());
+bool IsStaleTemporaryFile(std::string_view Name, std::int64_t ModifiedSeconds, std::int64_t NowSeconds) {
+  return IsTemporaryName(Name) && ModifiedSeconds < NowSeconds - StaleTemporarySeconds;
+}
+
+int RemoveStaleTemporaryFiles(int DirFd) {
+  TUniqueFd Copy(fcntl(DirFd, F_DUPFD_CLOEXEC, 0));
+  DIR* Handle = Copy.Valid() ? fdopendir(Copy.Get()) : nullptr;
   if (!Handle) return 0;
-  const std::int64_t Oldest = static_cast<std::int64_t>(time(nullptr)) - MaxAgeSeconds;
+  Copy.Release();  // the stream owns it now
+  const std::int64_t Now = time(nullptr);
   int Removed = 0;
   while (const dirent* Entry = readdir(Handle)) {
-    if (!IsTemporaryName(Entry->d_name)) continue;
     struct stat St;
-    if (fstatat(dirfd(Handle), Entry->d_name, &St, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(St.st_mode) &&
-        St.st_mtim.tv_sec < Oldest && unlinkat(dirfd(Handle), Entry->d_name, 0) == 0)
+    if (IsTemporaryName(Entry->d_name) && fstatat(dirfd(Handle), Entry->d_name, &St, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISREG(St.st_mode) && IsStaleTemporaryFile(Entry->d_name, St.st_mtim.tv_sec, Now) &&
+        unlinkat(dirfd(Handle), Entry->d_name, 0) == 0)
       ++Removed;
   }
   closedir(Handle);

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/UniqueFd.h"
 #include "host/AgentClient.h"
 
 namespace hestrel {
@@ -38,12 +39,26 @@ bool IsWithinTree(std::string_view Tree, std::string_view Path);
 /// tree): e.g. ("a/b", "a/c/d") -> "../c/d".
 std::string RelativePath(std::string_view From, std::string_view Path);
 
-/// True when the existing local directory Dir, with every symbolic link resolved, lies
-/// inside Root (also resolved). Creates nothing.
-bool LocalDirectoryInsideRoot(const std::string& Dir, const std::string& Root);
+/// The directory Relative ("/"-separated safe names, "" for the root itself) below the open
+/// directory RootFd, made where missing (0755) without ever leaving the root: each component
+/// is made by mkdirat in its parent, itself opened beneath the root, and opened with
+/// openat2(RESOLVE_BENEATH), so a symbolic link on the way may only lead to a place inside the
+/// root; where the kernel has no openat2, no symbolic link is followed at all. Answers the open
+/// directory, or an invalid descriptor with Errno (EXDEV or ELOOP: a link leads out of the root).
+TUniqueFd OpenDirectoryBeneath(int RootFd, std::string_view Relative, int& Errno);
 
-/// Size and modification time (seconds) of a local regular file; false when absent.
-bool LocalFileInfo(const std::string& Path, std::int64_t& Size, std::int64_t& ModifiedSeconds);
+/// True when Root is Dir or one of its parents, symbolic links resolved (as far as each exists).
+bool LocalPathHolds(const std::string& Root, const std::string& Dir);
+
+/// Size and modification time of a local regular file; false when absent.
+bool LocalFileInfo(const std::string& Path, std::int64_t& Size, std::int64_t& ModifiedSeconds,
+                   std::int32_t& ModifiedNanoseconds);
+
+/// Whether two modification times are the same, at the finest resolution both sides give: to
+/// the nanosecond when the remote listing carried a fraction (RemoteNanoseconds >= 0) and the
+/// local file has one (not 0: a copy written from whole seconds has none), else in whole seconds.
+bool SameModificationTime(std::int64_t LocalSeconds, std::int32_t LocalNanoseconds, std::int64_t RemoteSeconds,
+                          std::int32_t RemoteNanoseconds);
 
 TDateTime FromUnixSeconds(std::int64_t Seconds);
 
@@ -59,8 +74,8 @@ class TLocalTempFile {
   int GetErrno() const { return FErrno; }
   /// Appends Size bytes; false (GetErrno) on failure.
   bool Write(const void* Data, std::size_t Size);
-  /// Closes, sets the modification time (seconds) and renames over the final path.
-  bool Commit(std::int64_t ModifiedSeconds);
+  /// Closes, sets the modification time and renames over the final path.
+  bool Commit(std::int64_t ModifiedSeconds, std::int32_t ModifiedNanoseconds = 0);
   const std::string& GetTempPath() const { return FTempPath; }
 
  private:
@@ -81,9 +96,13 @@ bool IsTemporaryName(std::string_view Name);
 /// Temporary files older than this are leftovers of a process that was killed.
 inline constexpr std::int64_t StaleTemporarySeconds = 3600;
 
-/// Removes from Dir the regular files whose name IsTemporaryName and whose modification time
-/// is more than MaxAgeSeconds ago (nothing else, nothing below Dir). Answers how many.
-int RemoveStaleTemporaryFiles(const std::string& Dir, std::int64_t MaxAgeSeconds = StaleTemporarySeconds);
+/// A regular file named Name that IsTemporaryName and was last written more than
+/// StaleTemporarySeconds before Now: left by a killed process (a live writer writes more often).
+bool IsStaleTemporaryFile(std::string_view Name, std::int64_t ModifiedSeconds, std::int64_t NowSeconds);
+
+/// Removes from the open directory DirFd its stale temporary files (IsStaleTemporaryFile;
+/// nothing else, nothing below it). Answers how many.
+int RemoveStaleTemporaryFiles(int DirFd);
 
 /// The error text of a local errno for File (permission denied, disk full, other).
 std::string LocalErrorText(const std::string& File, int Errno);

@@ -18,6 +18,7 @@ struct TRemoteEntry {
   TRemoteType Type = TRemoteType::Other;
   std::int64_t Size = 0;
   std::int64_t Modified = 0;  ///< seconds since 1970
+  std::int32_t ModifiedNanoseconds = -1;  ///< the fraction when the listing gave one (GNU find), else -1 (SFTP v3)
   std::string LinkTarget;     ///< a symbolic link's target when the listing carried it, else ""
 };
 

@@ -102,7 +102,7 @@ bool SftpFetchFile(TDownloadContext& Context, TPlannedFile& File) {
     Gap = static_cast<std::uint32_t>(N) < ReadSize;
     if (!Context.Progress(File.Remote, File.Local, Written, std::max(File.Size, Written))) return false;
   }
-  if (!Temp.Commit(File.Modified)) {
+  if (!Temp.Commit(File.Modified, File.ModifiedNanoseconds)) {
     Context.Fail(File.Remote, LocalErrorText(File.Local, Temp.GetErrno()));
     return false;
   }

@@ -28,7 +28,28 @@ std::string UploadTarget(const TUploadRequest& Request) {
     const auto Slash = Request.LocalFile.find_last_of('/');
     Name = Slash == std::string::npos ? Request.LocalFile : Request.LocalFile.substr(Slash + 1);
   }
-  return Dir.empty() ? Name : JoinRemote(Dir, Name);
+  const std::string Path = Dir.empty() ? Name : JoinRemote(Dir, Name);
+  if (!Path.empty() && Path.front() == '/') return Path;
+  // "~" is the login directory itself, as in ListFiles; anything else relative starts in the agent's.
+  const bool Home = Path == "~" || Path.compare(0, 2, "~/") == 0;
+  std::vector<std::string> Parts;
+  for (const std::string& Part : {std::string(Home ? "" : AgentDirectory), Path.substr(Home ? 1 : 0)}) {
+    std::size_t Begin = 0;
+    while (Begin <= Part.size()) {
+      const std::size_t End = std::min(Part.find('/', Begin), Part.size());
+      const std::string Component = Part.substr(Begin, End - Begin);
+      Begin = End + 1;
+      if (Component == "..") {
+        if (Parts.empty()) return "";  // above the login directory
+        Parts.pop_back();
+      } else if (!Component.empty() && Component != ".") {
+        Parts.push_back(Component);
+      }
+    }
+  }
+  std::string Target;
+  for (const std::string& Part : Parts) Target += (Target.empty() ? "" : "/") + Part;
+  return Target;
 }
 
 namespace {
@@ -167,6 +188,37 @@ bool Finish(TUpload& U) {
   return false;
 }
 
+/// The directory of a remote path ("." for a bare name, "/" for one at the top).
+std::string DirectoryOf(const std::string& Path) {
+  const auto Slash = Path.find_last_of('/');
+  return Slash == std::string::npos ? "." : Slash == 0 ? "/" : Path.substr(0, Slash);
+}
+
+/// A relative target lies in the agent's own directories: those missing are made (0700).
+void MakeAgentDirectories(sftp_session Sftp, const std::string& Target) {
+  TRemoteEntry Existing;
+  std::string Ignored;
+  if (Target.front() == '/' || StatRemote(Sftp, DirectoryOf(Target), true, Existing, Ignored)) return;
+  for (auto Slash = Target.find('/'); Slash != std::string::npos; Slash = Target.find('/', Slash + 1))
+    sftp_mkdir(Sftp, Target.substr(0, Slash).c_str(), 0700);
+}
+
+/// Removes the temporary files that killed pushes left in the target's directory, once per
+/// directory: by age against the remote clock (the time the own temporary file was just
+/// written), so that a live writer's file, written within the operation timeout, stays.
+void SweepStaleParts(TUpload& U, std::set<std::string>* Swept) {
+  const std::string Dir = DirectoryOf(U.Target);
+  TRemoteEntry Own;
+  std::vector<TRemoteEntry> Entries;
+  std::string Ignored;
+  if (!Swept || !Swept->insert(Dir).second || !StatRemote(U.Sftp, U.Temp, false, Own, Ignored) ||
+      !ListRemoteDirectory(U.Sftp, Dir, Entries, Ignored))
+    return;
+  for (const TRemoteEntry& Entry : Entries)
+    if (Entry.Type == TRemoteType::File && IsStaleTemporaryFile(Entry.Name, Entry.Modified, Own.Modified))
+      sftp_unlink(U.Sftp, JoinRemote(Dir, Entry.Name).c_str());
+}
+
 /// Asks before replacing an existing remote file; false: leave it.
 bool MayReplace(TUpload& U, IFileListener* Listener) {
   TRemoteEntry Existing;
@@ -186,6 +238,10 @@ bool MayReplace(TUpload& U, IFileListener* Listener) {
 bool UploadFile(ssh_session Ssh, sftp_session Sftp, const TUploadRequest& Request, IFileListener* Listener,
                 const THestrelClientOptions& Options, std::string& Error) {
   TUpload U{Ssh, Sftp, Listener, Request.LocalFile, UploadTarget(Request), "", {}, ""};
+  if (U.Target.empty()) {
+    Error = Format(sErrRemoteDestinationOutside, {Request.RemoteDir});
+    return false;
+  }
   U.Temp = TempNameFor(U.Target);
   if (stat(U.Local.c_str(), &U.Info) != 0 || !S_ISREG(U.Info.st_mode)) {
     Error = errno == EACCES ? LocalErrorText(U.Local, EACCES) : Format(sErrLocalFileMissing, {U.Local});
@@ -200,6 +256,7 @@ bool UploadFile(ssh_session Ssh, sftp_session Sftp, const TUploadRequest& Reques
     Error = U.Error;
     return U.Error.empty();  // declined: nothing sent, not a failure
   }
+  MakeAgentDirectories(Sftp, U.Target);
   if (Listener) Listener->PreCopy(U.Target, U.Local, U.Target, U.Info.st_size);
   bool Sent = false;
   if (Options.StreamPushMinimumBytes > 0 && U.Info.st_size >= Options.StreamPushMinimumBytes) {
@@ -211,6 +268,7 @@ bool UploadFile(ssh_session Ssh, sftp_session Sftp, const TUploadRequest& Reques
     }
   }
   if (!Sent && U.Error.empty()) Sent = SendBySftp(U, In);
+  if (Sent) SweepStaleParts(U, Request.Swept);
   if (Sent) Sent = Finish(U);
   if (!Sent) sftp_unlink(Sftp, U.Temp.c_str());  // never leave a partial file behind
   Error = U.Error;

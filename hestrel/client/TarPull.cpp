@@ -43,7 +43,8 @@ bool ExtractTarEntry(TDownloadContext& Context, TTarReader& Reader, const TTarEn
     if (!Context.Progress(File.Remote, File.Local, Done, Entry.Size)) return true;
   }
   File.Done = true;
-  if (!Temp.Commit(Entry.Modified))
+  // The archive holds whole seconds; the listing's fraction is kept when the seconds agree.
+  if (!Temp.Commit(Entry.Modified, Entry.Modified == File.Modified ? File.ModifiedNanoseconds : 0))
     Context.Fail(File.Remote, LocalErrorText(File.Local, Temp.GetErrno()));
   else
     ++Context.FilesByTar;

@@ -101,12 +101,11 @@ bool HandleEntry(TTreeStream& S, TTarReader& Reader, const TTarEntry& Entry) {
     MirrorLinkTarget(S.Context, S.Root, Remote.substr(0, Remote.find_last_of('/')), Remote, Local, Entry.LinkName);
     return true;
   }
-  const TRemoteEntry Listed{Name, Type, Entry.Size, Entry.Modified, ""};
-  if (!AskToCopy(S.Context, Remote, Local, Listed) || !PrepareLocalDirectory(S.Context, Remote, Local)) {
+  TPlannedFile File{Remote, Name, Local, Entry.Size, Entry.Modified, -1, false};
+  if (!AskToCopy(S.Context, File) || !PrepareLocalDirectory(S.Context, Remote, Local)) {
     S.Context.StreamHandled.insert(Remote);  // declined, identical or reported
     return true;
   }
-  TPlannedFile File{Remote, Name, Local, Entry.Size, Entry.Modified, false};
   const bool Intact = ExtractTarEntry(S.Context, Reader, Entry, File);
   if (File.Done) S.Context.StreamHandled.insert(Remote);  // else the stream broke: a listing fetches it
   return Intact;

@@ -87,7 +87,10 @@ std::uint8_t TRemoteProfileManager::Accept(const std::string& /*S1*/, const std:
   return FCallbackParams.OperationState == 2 ? 3 : 1;
 }
 
-bool TRemoteProfileManager::ContinueOnError(const std::string& /*S1*/, const std::string& /*S2*/) {
+// A file the agent could not copy gets its own error notice, so that every failure of a path
+// reaches the progress display, not only the last one the agent answers (docs/DECISIONS.md).
+bool TRemoteProfileManager::ContinueOnError(const std::string& /*S1*/, const std::string& S2) {
+  if (FCallbackParams.OperationState == 1) UpdateProgress(ptError, -1, -1, S2, "", "", -1);
   return FCallbackParams.OperationState == 1;
 }
 

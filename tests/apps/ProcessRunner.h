@@ -113,10 +113,13 @@ class TZephprofTest : public ::testing::Test {
     fs::create_directories(Root);
     std::ofstream(Dir / "password") << Password << '\n';
     fs::permissions(Dir / "password", fs::perms::owner_read | fs::perms::owner_write);
-    const std::string Line =
+    std::string Line =
         Command(ZEPH_HESTREL_BINARY, {"--port", "0", "--listen", "127.0.0.1", "--password-file", Dir / "password",
                                       "--host-key", Dir / "host_key", "--root", Root}) +
         " >" + Quoted(Dir / "log") + " 2>&1 </dev/null & echo $! >" + Quoted(Dir / "pid");
+    // The server's user lives in Root, as a real one's commands and files start in its home.
+    const std::string Binary = " " + Quoted(ZEPH_HESTREL_BINARY);
+    Line.insert(Line.find(Binary), " HOME=" + Quoted(Root));
     if (std::system(Line.c_str()) != 0) return "0";
     FServerPid = std::stoi("0" + ReadWholeFile(Dir / "pid"));
     for (int I = 0; I < 200; ++I, std::this_thread::sleep_for(std::chrono::milliseconds(50))) {

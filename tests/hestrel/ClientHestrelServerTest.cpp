@@ -128,7 +128,7 @@ TEST_F(HestrelClientHostileServer, AnArchiveNamingPathsOutsideTheRootIsRefusedEn
   EXPECT_EQ(Listener.ErrorTexts,
             (std::vector<std::string>{Refused("/../escape.h"), Refused("//" + Absolute), Refused(Climb),
                                       RefusedLink("/out", "/etc"), RefusedLink("/up", "../../..")}));
-  EXPECT_EQ(Client->GetLastError(), Listener.ErrorTexts.back());
+  EXPECT_EQ(Client->GetLastError(), Format(sErrSomeFilesFailed, {std::int64_t(5), Remote}));
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, 1);
 }
 
@@ -259,6 +259,21 @@ TEST_F(HestrelClientReplace, WithoutACommandToReplaceTheOldWayStillReplacesAndDe
   EXPECT_EQ(N3, 0);
 }
 
+using HestrelClientPush = THestrelServerClientTest;
+
+TEST_F(HestrelClientPush, RelativeDestinationsLandInTheAgentsDirectoryOrTheHomeAndNeverAbove) {
+  Start();
+  MakeFile(Local / "a.h", "a");
+  for (const auto& [To, Landed] : {std::pair{"..\\..\\", ".hestrel/a.h"},
+                                   {"sub/./x/..", ".hestrel/agent/work/sub/a.h"},
+                                   {"~/deploy", "deploy/a.h"}}) {
+    ASSERT_TRUE(Client->PutFile(To, Local / "a.h", 0, "", nullptr)) << Client->GetLastError();
+    EXPECT_EQ(Slurp(Dir() + "/" + Landed), "a") << To;
+  }
+  EXPECT_FALSE(Client->PutFile("~/..", Local / "a.h", 0, "", nullptr));
+  EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDestinationOutside, {"~/.."}));
+}
+
 using RemoteOperationsE2E = THostFixture;
 
 TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworksAndAFailingPathDoesNotEndIt) {
@@ -278,6 +293,9 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
                            "usr/lib/liby.a", "usr/lib/deep/libz.dylib", "Frameworks/Foo.framework/Headers/Foo.h",
                            "Frameworks/Foo.framework/Foo", "Frameworks/Foo.framework/Resources/Info.plist"})
     MakeFile(Sdk + "/" + Name, Name);
+  for (const char* Name : {"out.h", "up.h"}) fs::create_symlink("/etc/passwd", Sdk + "/usr/include/" + Name);
+  Environment->Variables["ZEPH"] = TempDir.string();  // the host installation's patch goes along
+  MakeFile((TempDir / "Hestrel/munger.patch").string(), "patch");
   auto SDK = std::make_shared<TPlatformSDKDouble>();
   SDK->SystemRoot = Cache;
   SDK->Items = {{Sdk + "/usr/include", "*.h", true, ptIncludePath},
@@ -295,15 +313,20 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
   std::vector<std::string> Steps;  // the notices that are not byte or per-file progress
   for (const auto& N : Progress.Notices)
     if (N.rfind("1|-1|", 0) != 0) Steps.push_back(N);
-  ASSERT_EQ(Steps.size(), 11u) << ::testing::PrintToString(Steps);
+  ASSERT_EQ(Steps.size(), 13u) << ::testing::PrintToString(Steps);
   EXPECT_EQ(Steps[0], NoticeText(ptStart, -1, 4, "Updating Local File Cache", "", "", -1));
-  EXPECT_EQ(Steps[3],
-            NoticeText(ptProgress, 1, 4, "Updated files from remote path '" + Sdk + "/usr/include'", "", "", -1));
-  EXPECT_EQ(Steps[4], NoticeText(ptProgress, 2, 4, "Updating files from remote machine", "", "", -1));
-  EXPECT_EQ(Steps[5].rfind("2|-1|-1|", 0), 0u) << Steps[5];
-  EXPECT_EQ(Steps[9],
+  auto Error = [](const std::string& Text) { return NoticeText(ptError, -1, -1, Text, "", "", -1); };
+  std::sort(Steps.begin() + 3, Steps.begin() + 5);  // every refused link has its own notice
+  for (const char* Name : {"out.h", "up.h"})
+    EXPECT_EQ(Steps[Name[0] == 'o' ? 3 : 4],
+              Error(Format(sErrUnsafeLink, {Sdk + "/usr/include/" + Name, "/etc/passwd"})));
+  EXPECT_EQ(Steps[5], Error(Format(sErrSomeFilesFailed, {std::int64_t(2), Sdk + "/usr/include"})));
+  EXPECT_EQ(Steps[6], NoticeText(ptProgress, 2, 4, "Updating files from remote machine", "", "", -1));
+  EXPECT_EQ(Steps[7], Error(Format(sErrRemoteFileMissing, {Sdk + "/missing"})));
+  EXPECT_EQ(Steps[11],
             NoticeText(ptProgress, 4, 4, "Updated files from remote path '" + Sdk + "/Frameworks'", "", "", -1));
-  EXPECT_EQ(Steps[10], Finished);
+  EXPECT_EQ(Steps[12], Finished);
+  EXPECT_EQ(Slurp(Server.Dir / ".hestrel/munger.patch"), "patch");  // inside the login directory
   EXPECT_TRUE(Messages->Shown.empty());  // nothing existed yet: nothing to ask
 
   // A cancel at the first per-file notice stops the update: later paths stay untouched.

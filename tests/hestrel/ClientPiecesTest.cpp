@@ -82,9 +82,10 @@ TEST(HestrelLocalPaths, ATemporaryFileLeavesNothingUnlessCommittedAndItsNameIsRe
     EXPECT_TRUE(!Commit || Temp.Commit(1500000000));
   }
   std::int64_t Size = 0, Time = 0;
-  ASSERT_TRUE(LocalFileInfo(Dir / "x.h", Size, Time));
+  std::int32_t Nanoseconds = -1;
+  ASSERT_TRUE(LocalFileInfo(Dir / "x.h", Size, Time, Nanoseconds));
   EXPECT_EQ(TreeOf(Dir.Path), std::vector<std::string>{"x.h"});
-  EXPECT_EQ(std::to_string(Size) + " " + std::to_string(Time), "3 1500000000");
+  EXPECT_EQ(std::to_string(Size) + " " + std::to_string(Time) + "." + std::to_string(Nanoseconds), "3 1500000000.0");
   for (const auto& [Name, Temporary] :
        std::vector<std::pair<std::string, bool>>{{"..profile.89abcdef.hestrel-part", true},
                                                  {".a.h.0123ABCD.hestrel-part", false},

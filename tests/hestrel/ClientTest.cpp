@@ -2,6 +2,7 @@
 // logins): connecting and its failures, pulls over the exec fast paths and over SFTP alone,
 // pushes and removals, remote queries, detached runs and gdbserver.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <signal.h>
@@ -41,12 +42,20 @@ class HestrelClient : public ::testing::Test {
  protected:
   virtual bool FastPaths() const { return true; }
   void SetUp() override {
-    THestrelClientOptions Options = Sshd.Options();
+    Options = Sshd.Options();
     Options.UseTarStream = Options.UseFindListing = FastPaths();
     Options.TarMinimumFiles = 2;
     Client = MakeClient(App.Path, Sshd.Port, {}, Options);
     Client->SetSysRoot(SysRoot.Path);
     ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();
+  }
+  /// Pulls Path as Pull does with a client that compares unchanged-looking files by content.
+  bool PullComparingContent(const std::string& Path, bool SubDirs = true, const std::string& Mask = "") {
+    THestrelClientOptions Comparing = Options;
+    Comparing.CompareContent = true;
+    auto Other = MakeClient(App.Path, Sshd.Port, {}, Comparing);
+    Other->SetSysRoot(SysRoot.Path);
+    return Other->Connect(nullptr) && Other->GetFiles(R(Path), SubDirs, Mask, nullptr, &Listener);
   }
   std::string R(const std::string& Name) const { return Remote / Name; }
   std::string L(const std::string& Name) const { return SysRoot.Path.string() + R(Name); }
@@ -63,6 +72,7 @@ class HestrelClient : public ::testing::Test {
   TTestSshd& Sshd = SharedSshd();
   TTestServer& Hestrel = SharedServer();
   TTempDir App, Remote, SysRoot, Local;
+  THestrelClientOptions Options;
   std::shared_ptr<THestrelClient> Client;
   TRecordingListener Listener;
   std::int32_t Pid = 0;
@@ -170,15 +180,34 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
         << Case.Error;
   }
   ::close(Silent);
-  // A changed host key is no network failure either: retrying would not help.
-  ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + NoKeys / "other >/dev/null").c_str()), 0);
-  MakeFile(KnownHostsPath(App.Path), "[127.0.0.1]:" + std::to_string(SshdPort) + " " + Slurp(NoKeys / "other.pub"));
-  TScriptedConnectionListener Listener;
+}
+
+TEST_F(HestrelClient, AChangedKeyOrADamagedKnownHostsFileRefusesTheConnectionAndNoKeyIsAdded) {
+  TTempDir Keys;
+  ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + Keys / "other >/dev/null").c_str()), 0);
+  const std::string File = KnownHostsPath(App.Path), Pinned = Slurp(File), Host = Pinned.substr(0, Pinned.find(' '));
+  const std::string Other = Host + " " + Slurp(Keys / "other.pub").substr(0, 80),
+                    Cut = Host + " ssh-ed25519 AAAAC3Nza\n";
+  const std::int64_t Port = Sshd.Port;
+  auto Damaged = [&](int Line) { return Format(sErrKnownHostsDamaged, {File, std::int64_t(Line), "127.0.0.1", Port}); };
+  const std::tuple<std::string, std::string, std::string> Cases[] = {
+      // known_hosts, the connection's error ("": it connects), known_hosts afterwards
+      {Other, Format(sErrHostKeyChanged, {"127.0.0.1", Port, File}), Other},
+      {Other + "\n" + Cut, Damaged(2), Other + "\n" + Cut},
+      {Pinned + Cut, Damaged(2), Pinned + Cut},  // the right key is there, but libssh would not read it
+      {"# hand-made\n\ngarbage\n", Damaged(3), "# hand-made\n\ngarbage\n"},
+      {"[elsewhere]:1" + Other.substr(Host.size()), "", "[elsewhere]:1" + Other.substr(Host.size()) + "\n" + Pinned},
+  };
+  for (const auto& [Known, Error, After] : Cases) {
+    MakeFile(File, Known);
+    TScriptedConnectionListener Listener;
+    Client->Disconnect();
+    EXPECT_EQ(Client->Connect(&Listener), Error.empty());
+    EXPECT_EQ(Client->GetLastError(), Error);
+    EXPECT_EQ(Slurp(File), After);
+    EXPECT_EQ(Listener.RetryCalls, 0);  // retrying cannot help
+  }
   Client->Disconnect();
-  EXPECT_FALSE(Client->Connect(&Listener));
-  EXPECT_EQ(Client->GetLastError(),
-            Format(sErrHostKeyChanged, {"127.0.0.1", std::int64_t(SshdPort), KnownHostsPath(App.Path)}));
-  EXPECT_EQ(Listener.RetryCalls, 0);
   std::string Expanded;  // and nothing runs without a connection
   EXPECT_FALSE(Client->ExpandPath("~", Expanded));
   EXPECT_EQ(Client->GetLastError(), sErrNotConnected);
@@ -206,6 +235,18 @@ TEST_P(HestrelClientPull, PullsMatchingFilesKeepingTimesAndAsksBeforeReplacingAC
     EXPECT_EQ(Listener.Overwrites, std::vector<std::string>{L("inc/a.h") + " 5@1400000000 100000@1500000001"});
     EXPECT_EQ(Slurp(L("inc/a.h")).size() + MTime(L("inc/a.h")), Answer ? 100000u + 1500000001 : 5u + 1400000000);
   }
+  // A change within the same second and size: seen by its time where the listing gives
+  // fractions of a second (find), else by content when asked to compare it.
+  for (const auto& [Text, Nanoseconds] : {std::pair{"one", 250000000L}, {"two", 750000000L}}) {
+    MakeFile(R("inc/x.h"), Text);
+    const timespec Times[2] = {{1600000000, Nanoseconds}, {1600000000, Nanoseconds}};
+    ::utimensat(AT_FDCWD, R("inc/x.h").c_str(), Times, 0);
+    Listener = {};
+    ASSERT_TRUE(Pull("inc", false, "x.h")) << Client->GetLastError();
+  }
+  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), GetParam() ? "two1" : "one0");
+  ASSERT_TRUE(PullComparingContent("inc", false, "x.h"));
+  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), "two1");
 }
 
 TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
@@ -214,15 +255,28 @@ TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
       {R("nothing"), SysRoot.Path, Format(sErrRemoteFileMissing, {R("nothing")})},
       {R("inc/../../etc"), SysRoot.Path, Format(sErrUnsafeName, {R("inc/../../etc")})},
       {R("inc"), "", sErrNoSysRoot},
-      {R("inc"), "/sys/no-root", Format(sErrLocalPermission, {"/sys/no-root" + R("inc")})},  // even for root
+      {R("inc"), "/sys/no-root", Format(sErrLocalPermission, {"/sys/no-root"})},  // even for root
+      {R("inc"), App.Path, Format(sErrRootHoldsAppData, {App.Path, App.Path})},
+      {R("inc"), App.Path.parent_path(), Format(sErrRootHoldsAppData, {App.Path.parent_path(), App.Path})},
   };
   for (const auto& [Path, Root, Error] : Cases) {
     Client->SetSysRoot(Root);
     EXPECT_FALSE(Client->GetFiles(Path, true, "", nullptr, &Listener));
     EXPECT_EQ(Client->GetLastError(), Error);
   }
+  EXPECT_EQ(TreeOf(App.Path), std::vector<std::string>{"known_hosts"});
+  Client->SetSysRoot(SysRoot.Path);
   EXPECT_FALSE(Client->GetFrameworkFiles(R("Frameworks"), "None", false, nullptr, &Listener));
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteFileMissing, {R("Frameworks/None.framework")}));
+  // A link in the local root leads nowhere outside it: neither a directory nor a file is made there.
+  MakeFile(R("inc/sub/deep/b.h"), "b");
+  fs::create_directories(L("inc"));
+  fs::create_directory_symlink(Local.Path, L("inc/sub"));
+  Listener = {};
+  EXPECT_FALSE(Pull("inc"));
+  EXPECT_EQ(Slurp(L("inc/a.h")) + ::testing::PrintToString(TreeOf(Local.Path)), "a{}");
+  EXPECT_EQ(Listener.ErrorTexts, std::vector<std::string>{Format(sErrUnsafeName, {R("inc/sub/deep/b.h")})});
+  EXPECT_EQ(Client->GetLastError(), Format(sErrSomeFilesFailed, {std::int64_t(1), R("inc")}));
 }
 
 TEST_P(HestrelClientPull, LongAndOddNamesArriveIntactAndAFileCanBePulledByItsPath) {
@@ -233,6 +287,9 @@ TEST_P(HestrelClientPull, LongAndOddNamesArriveIntactAndAFileCanBePulledByItsPat
   ASSERT_TRUE(Pull("odd")) << Client->GetLastError();
   for (const auto& Name : Names) EXPECT_EQ(Slurp(L("odd/" + Name)), "content of " + Name) << Name;
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 5 : 0);
+  Listener = {};
+  ASSERT_TRUE(PullComparingContent("odd"));  // every name's hash is found again: nothing to ask
+  EXPECT_TRUE(Listener.Accepted.empty()) << ::testing::PrintToString(Listener.Accepted);
   MakeFile(R("lib/libz.a"), "archive", 1500000000);
   ASSERT_TRUE(Pull("lib/libz.a", false, "*.h")) << Client->GetLastError();
   EXPECT_EQ(Slurp(L("lib/libz.a")) + std::to_string(MTime(L("lib/libz.a"))), "archive1500000000");
@@ -263,6 +320,13 @@ TEST_P(HestrelClientPull, PushesKeepTheTimeFollowTheOverwriteAnswerAndLeaveNothi
     EXPECT_EQ(Client->GetLastError(), sErrCancelled);
   }
   EXPECT_TRUE(TreeOf(R("c")).empty());
+  // A push rids its directory of the part files that killed pushes left (by age), never of a live one.
+  MakeFile(R("d/.big.bin.0123abcd.hestrel-part"), "killed", 1500000000);
+  MakeFile(R("d/.small.bin.89abcdef.hestrel-part"), "live", std::time(nullptr) - 60);
+  MakeFile(R("d/.a.0123abcd.hestrel-part~"), "other", 1500000000);
+  ASSERT_TRUE(Client->PutFile(R("d"), Local / "small.bin", 0, "", nullptr)) << Client->GetLastError();
+  EXPECT_EQ(TreeOf(R("d")),
+            (std::vector<std::string>{".a.0123abcd.hestrel-part~", ".small.bin.89abcdef.hestrel-part", "small.bin"}));
 }
 
 TEST_P(HestrelClientPull, PushesAndRemovalsThatFailSayWhy) {
@@ -278,6 +342,7 @@ TEST_P(HestrelClientPull, PushesAndRemovalsThatFailSayWhy) {
       {R("no/such/dir"), Local / "small.bin", Format(sErrRemoteFileMissing, {R("no/such/dir/small.bin")})},
       {"/sys", Local / "small.bin", Format(sErrRemotePermission, {"/sys/small.bin"})},  // refused even to root
       {"/sys", Local / "big.bin", Format(sErrRemotePermission, {"/sys/big.bin"})},
+      {"..\\..\\..\\..", Local / "small.bin", Format(sErrRemoteDestinationOutside, {"..\\..\\..\\.."})},
   };
   for (const auto& [Dir, File, Error] : Cases) {
     EXPECT_FALSE(Client->PutFile(Dir, File, 0, "", nullptr));

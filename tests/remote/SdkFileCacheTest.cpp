@@ -67,7 +67,8 @@ TEST_F(SdkFileCache, ACancelRefusesTheAgentsFurtherQuestionsAndEndsWithoutFinish
   EXPECT_EQ(Progress.Notices, Then(Started(3, "Updating Local File Cache"),
                                    {Notice(ptProgress, 1, 3, kUpdating),
                                     Notice(ptProgress, 1, 3, "Updated files from remote path '/usr/include'"),
-                                    Notice(ptProgress, 2, 3, kUpdating), "1|-1|-1|Copying file|/usr/x/a|/cache/a|-1"}));
+                                    Notice(ptProgress, 2, 3, kUpdating), Notice(ptError, -1, -1, "boom"),
+                                    "1|-1|-1|Copying file|/usr/x/a|/cache/a|-1"}));
   Progress.Answer = [](const std::string& Text, std::size_t) { return Text != Notice(ptProgress, 2, 3, kUpdating); };
   EXPECT_FALSE(Update());  // a refused item notice ends the update incomplete, but finished
   EXPECT_EQ(Progress.Notices.back(), kFinished);
