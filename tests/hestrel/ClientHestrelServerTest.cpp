@@ -190,11 +190,11 @@ TEST_P(HestrelClientStall, TransfersFromAServerThatStopsAnsweringTimeOutAndTheNe
   // and the next Connect must start a fresh session.
   auto TimesOut = [&](const std::function<bool()>& Transfer) {
     const pid_t Connection = Server.LatestConnection();
-    Listener.OnBytes = [&] { return ::kill(Connection, SIGSTOP), std::uint8_t{1}; };
+    Listener.OnBytes = [&] { return KillProcess(Connection, SIGSTOP), std::uint8_t{1}; };
     const auto Begin = std::chrono::steady_clock::now();
     EXPECT_FALSE(Transfer());
     EXPECT_LT(std::chrono::steady_clock::now() - Begin, std::chrono::seconds(8));
-    ::kill(Connection, SIGKILL);
+    KillProcess(Connection, SIGKILL);
     EXPECT_EQ(Client->GetLastError(), Format(sErrTimedOut, {"127.0.0.1", std::int64_t(Server.Port)}));
     EXPECT_FALSE(Client->IsConnected());
     Listener.OnBytes = nullptr;
@@ -212,9 +212,9 @@ TEST_P(HestrelClientStall, TransfersFromAServerThatStopsAnsweringTimeOutAndTheNe
   TConnectResult Raw = OpenConnection({"u@127.0.0.1", Server.Port, {Server.Password, true, false}, AppData.Path, {}});
   const long Timeout = 1;
   ASSERT_EQ(ssh_options_set(Raw.Session.get(), SSH_OPTIONS_TIMEOUT, &Timeout), SSH_OK);
-  ASSERT_EQ(::kill(Server.LatestConnection(), SIGSTOP), 0);
+  ASSERT_EQ(KillProcess(Server.LatestConnection(), SIGSTOP), 0);
   TExecChannel Channel(Raw.Session.get(), "true");
-  ::kill(Server.LatestConnection(), SIGKILL);
+  KillProcess(Server.LatestConnection(), SIGKILL);
   EXPECT_EQ(Channel.GetError(),
             "The remote command cannot be started: the server did not answer the request to open a channel");
 }

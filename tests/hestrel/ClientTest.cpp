@@ -365,9 +365,9 @@ TEST_F(HestrelClient, DebugStartsOrAttachesGdbServerOnAnyPortAndReportsItsFailur
     std::int32_t N1 = Attach ? Sleeper : 0, Port = 0, GdbServer = 0;
     ASSERT_TRUE(Client->Debug(Attach ? "" : "/bin/sleep", Attach, N1, Port, GdbServer)) << Client->GetLastError();
     EXPECT_TRUE(Port > 0 && GdbServer > 0);
-    ::kill(GdbServer, SIGKILL);
+    KillProcess(GdbServer, SIGKILL);
   }
-  ::kill(Sleeper, SIGKILL);
+  KillProcess(Sleeper, SIGKILL);
   std::int32_t N1 = 0, N2 = 0, N3 = 0;
   EXPECT_FALSE(Client->Debug(R("missing"), false, N1, N2, N3));
   EXPECT_EQ(Client->GetLastError().rfind("gdbserver did not start on the remote machine: ", 0), 0u)

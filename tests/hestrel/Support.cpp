@@ -100,7 +100,8 @@ bool WaitFor(const std::function<bool()>& Condition, int TimeoutMs) {
 TTestServer::TTestServer() { MakeFile(PasswordFile.string(), Password + "\n", 0, 0600); }
 
 TTestServer::~TTestServer() {
-  if (Pid > 0 && Stop() == -1 && ::kill(Pid, SIGKILL) == 0) ::waitpid(Pid, nullptr, 0);
+  // Stop() clears Pid once it has reaped the server, also one that a signal ended.
+  if (Pid > 0 && Stop() == -1 && KillProcess(Pid, SIGKILL) == 0) ::waitpid(Pid, nullptr, 0);
 }
 
 bool TTestServer::Start(const std::vector<std::string>& Extra) {
@@ -140,7 +141,10 @@ bool TTestServer::LogShows(const std::string& Text) const {
   return WaitFor([&] { return Log().find(Text) != std::string::npos; }, 3000);
 }
 
+int KillProcess(pid_t Pid, int Signal) { return Pid > 1 ? ::kill(Pid, Signal) : -1; }
+
 pid_t TTestServer::LatestConnection() const {
+  LogShows("(served by pid ");
   const std::string Text = Log();
   const auto At = Text.rfind("(served by pid ");
   return At == std::string::npos ? -1 : std::atoi(Text.c_str() + At + 15);

@@ -18,6 +18,10 @@ namespace hestrel_test {
 
 namespace fs = std::filesystem;
 
+/// kill(2) for one process only: a pid of 1 or below (init, the caller's process group, every
+/// process) is refused with -1, so a pid that was never found cannot stop the whole machine.
+int KillProcess(pid_t Pid, int Signal);
+
 /// A temporary directory removed (recursively) on destruction.
 struct TTempDir {
   TTempDir();
