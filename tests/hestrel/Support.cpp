@@ -110,6 +110,7 @@ bool TTestServer::Start(const std::vector<std::string>& Extra) {
                                    "--host-key",      HostKeyFile.string(),
                                    "--root",          Dir.Path.string(),
                                    "--auth-delay-ms", "200"};
+  if (::geteuid() == 0) Args.push_back("--allow-root");
   Args.insert(Args.end(), Extra.begin(), Extra.end());
   return StartWithArgs(Args);
 }
@@ -117,6 +118,7 @@ bool TTestServer::Start(const std::vector<std::string>& Extra) {
 bool TTestServer::StartWithArgs(const std::vector<std::string>& Args) {
   std::vector<std::string> Argv = Args;
   Argv.insert(Argv.begin(), ZEPH_HESTREL_BINARY);  // tests/CMakeLists.txt
+  Argv.insert(Argv.begin(), Launcher.begin(), Launcher.end());
   int StdoutFd = -1;
   std::tie(Pid, StdoutFd) = Spawn(Argv, Env, (Dir.Path / "server.log").string());
   pollfd P{StdoutFd, POLLIN, 0};
