@@ -12,13 +12,14 @@ namespace hestrel::server {
 TParseOutcome ParseOptions(int argc, char** argv, TServerOptions& Options) {
   CLI::App App{
       "hestrel - the Hestrel remote agent: an SSH server that authenticates with its own password,\n"
-      "serves SFTP and runs commands as the user that started it (an ordinary user, not root)."};
+      "serves SFTP and runs commands as the user that started it (an ordinary user; root only with --allow-root)."};
   App.set_version_flag("--version", std::string("hestrel ") + HESTREL_VERSION);
   App.add_option("--port", Options.Port, "TCP port to listen on (0: any free port)")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
   App.add_option("--password-file", Options.PasswordFile,
-                 "file whose first line is the password (must not be group or world readable)")
+                 "file whose first line is the password (a regular file of yours that group and others cannot "
+                 "access)")
       ->required();
   App.add_option("--listen", Options.ListenAddress, "address to listen on")->capture_default_str();
   App.add_option("--host-key", Options.HostKeyFile,

@@ -19,7 +19,7 @@ struct TServerOptions {
   int MaxStartups = 16;         ///< of those, connections not logged in yet
   int MaxChannels = 10;         ///< channels open at once on one connection
   bool AllowRoot = false;       ///< whether it may run as root
-  int AuthDelayMs = 1500;       ///< pause after the first failed password of an address (hidden option)
+  int AuthDelayMs = 1500;       ///< wait after an address's first failed passwords (hidden option)
   int LoginGraceSeconds = 60;   ///< time allowed for key exchange and login (hidden option)
   int BannerGraceSeconds = 10;  ///< time allowed for the client's banner and the key exchange (hidden option)
 };
