@@ -21,7 +21,7 @@ start_hestrel() {
   SERVER_PID=$!
   PORT=""
   for _ in $(seq 1 100); do
-    PORT=$(sed -n 's/^hestrel listening on .*:\([0-9][0-9]*\)$/\1/p' "$Dir/log" | head -n1)
+    PORT=$(sed -n 's/^hestrel listening on .*:\([0-9][0-9]*\)$/\1/p' "$Dir/log" 2>/dev/null | head -n1)
     [ -n "$PORT" ] && return 0
     kill -0 "$SERVER_PID" 2>/dev/null || break
     sleep 0.1
