@@ -11,8 +11,8 @@
 namespace hestrel::server {
 
 /// Reads the password: the first line of Path without its line end. Refuses (false, with a
-/// sentence in Error) a missing or unreadable file, an empty password, and a file that the
-/// group or others may read, since anyone who can read it can log in.
+/// sentence in Error) what ReadSecretFile refuses (anyone who can read or replace the file can
+/// log in) and an empty password.
 bool ReadPasswordFile(const std::string& Path, std::string& Password, std::string& Error);
 
 /// Holds only a hash of the password and compares attempts in constant time.

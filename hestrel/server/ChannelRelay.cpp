@@ -23,6 +23,12 @@ constexpr std::size_t RelayBlock = 256 * 1024;
 /// Most channel data held for a command's stdin beyond what the pipe took; past this the
 /// data stays in libssh's buffer, which stops the window from growing.
 constexpr std::size_t InputLimit = 1024 * 1024;
+/// More input than this in libssh's buffer means the client ignores the window (libssh grants
+/// about 1.2 MiB at most), so reading it stops (InputOverrun).
+constexpr std::size_t OverrunLimit = 4 * 1024 * 1024;
+/// "env" requests a channel may make, and the longest name and value taken.
+constexpr int MaxEnvRequests = 32;
+constexpr std::size_t MaxEnvName = 64, MaxEnvValue = 1024;
 
 TChannelRelay* Relay(void* Self) { return static_cast<TChannelRelay*>(Self); }
 
@@ -37,8 +43,9 @@ int SignalFromName(const char* Name) {
 
 }  // namespace
 
-TChannelRelay::TChannelRelay(ssh_session Session, ssh_event Event, const TServerOptions& Options, std::string Peer)
-    : FSession(Session), FEvent(Event), FOptions(Options), FPeer(std::move(Peer)) {}
+TChannelRelay::TChannelRelay(ssh_session Session, ssh_event Event, const TServerOptions& Options, std::string Peer,
+                             TOnceLog& Refusals)
+    : FSession(Session), FEvent(Event), FOptions(Options), FPeer(std::move(Peer)), FRefusals(Refusals) {}
 
 TChannelRelay::~TChannelRelay() {
   UpdateWatch(FChild.Stdin, FWatchingStdin, false, 0, nullptr);
@@ -63,6 +70,7 @@ ssh_channel TChannelRelay::Open() {
   FCallbacks.channel_subsystem_request_function = &TChannelRelay::OnSubsystem;
   FCallbacks.channel_pty_request_function = &TChannelRelay::OnPty;
   FCallbacks.channel_shell_request_function = &TChannelRelay::OnShell;
+  FCallbacks.channel_auth_agent_req_function = &TChannelRelay::OnAgentRequest;
   ssh_callbacks_init(&FCallbacks);
   ssh_set_channel_callbacks(FChannel, &FCallbacks);
   return FChannel;
@@ -70,7 +78,7 @@ ssh_channel TChannelRelay::Open() {
 
 bool TChannelRelay::Start(const std::vector<std::string>& Argv, const std::string& What) {
   if (FChild.Pid > 0 || FClosedLocally) {
-    Log("refused " + What + " from " + FPeer + ": the channel already runs a command");
+    FRefusals.Note("second", "refused " + What + " from " + FPeer + ": the channel already runs a command");
     return false;
   }
   std::string Error;
@@ -93,6 +101,7 @@ int TChannelRelay::OnData(ssh_session, ssh_channel, void* Data, uint32_t Length,
   std::size_t Take = std::min<std::size_t>(Length, Room);
   R->FInput.append(static_cast<const char*>(Data), Take);
   R->FInputHeld = Take < Length;
+  R->FHeld = Length - Take;
   R->FlushStdin();
   return static_cast<int>(Take);
 }
@@ -111,34 +120,54 @@ void TChannelRelay::OnSignal(ssh_session, ssh_channel, const char* Signal, void*
 
 int TChannelRelay::OnEnv(ssh_session, ssh_channel, const char* Name, const char* Value, void* Self) {
   TChannelRelay* R = Relay(Self);
-  if (R->FChild.Pid > 0 || Name == nullptr || *Name == '\0' || std::strchr(Name, '=') != nullptr) return SSH_ERROR;
-  R->FEnvironment.emplace_back(Name, Value != nullptr ? Value : "");
+  const std::string_view Variable = Name != nullptr ? Name : "", Text = Value != nullptr ? Value : "";
+  if (R->FChild.Pid > 0) return SSH_ERROR;  // the command has its environment already
+  if (++R->FEnvRequests > MaxEnvRequests) {
+    R->FRefusals.Note("env count", "refused environment variables from " + R->FPeer + ": more than " +
+                                       std::to_string(MaxEnvRequests) + " on one channel");
+    return SSH_ERROR;
+  }
+  if (!ClientMayPass(Variable) || Variable.size() > MaxEnvName || Text.size() > MaxEnvValue) {
+    R->FRefusals.Note("env", "refused environment variable " + ClientText(Variable) + " from " + R->FPeer +
+                                 ": commands take only LANG and LC_* from a client, values of at most " +
+                                 std::to_string(MaxEnvValue) + " bytes");
+    return SSH_ERROR;
+  }
+  R->FEnvironment.emplace_back(Variable, Text);
   return SSH_OK;
 }
 
 int TChannelRelay::OnExec(ssh_session, ssh_channel, const char* Command, void* Self) {
   std::string Text = Command != nullptr ? Command : "";
-  return Relay(Self)->Start({"/bin/sh", "-c", Text}, "command '" + CommandSummary(Text) + "'") ? SSH_OK : SSH_ERROR;
+  return Relay(Self)->Start({"/bin/sh", "-c", Text}, "command " + CommandSummary(Text)) ? SSH_OK : SSH_ERROR;
 }
 
 int TChannelRelay::OnSubsystem(ssh_session, ssh_channel, const char* Subsystem, void* Self) {
   TChannelRelay* R = Relay(Self);
   std::string Name = Subsystem != nullptr ? Subsystem : "";
   if (Name != "sftp") {
-    Log("refused unknown subsystem '" + Name + "' from " + R->FPeer);
+    R->FRefusals.Note("subsystem", "refused unknown subsystem " + ClientText(Name) + " from " + R->FPeer);
     return SSH_ERROR;
   }
   return R->Start({R->FOptions.SftpServer}, "subsystem sftp") ? SSH_OK : SSH_ERROR;
 }
 
 int TChannelRelay::OnPty(ssh_session, ssh_channel, const char*, int, int, int, int, void* Self) {
-  Log("refused pty-req from " + Relay(Self)->FPeer + ": hestrel offers no terminals");
+  Relay(Self)->FRefusals.Note("pty", "refused pty-req from " + Relay(Self)->FPeer + ": hestrel offers no terminals");
   return SSH_ERROR;
 }
 
 int TChannelRelay::OnShell(ssh_session, ssh_channel, void* Self) {
-  Log("refused shell from " + Relay(Self)->FPeer + ": hestrel runs commands only (use exec)");
+  Relay(Self)->FRefusals.Note("shell",
+                              "refused shell from " + Relay(Self)->FPeer + ": hestrel runs commands only (use exec)");
   return SSH_ERROR;
+}
+
+void TChannelRelay::OnAgentRequest(ssh_session, ssh_channel, void* Self) {
+  // libssh sends no answer to this request (clients ask without wanting one); no agent
+  // channel is ever opened.
+  Relay(Self)->FRefusals.Note("agent forwarding",
+                              "refused agent forwarding for " + Relay(Self)->FPeer + ": hestrel forwards nothing");
 }
 
 int TChannelRelay::OnStdoutReady(socket_t, int, void* Self) {
@@ -209,16 +238,18 @@ void TChannelRelay::PullHeldInput() {
       break;
     }
     FInput.append(FInputBlock.get(), static_cast<std::size_t>(N));
+    FHeld -= std::min<std::size_t>(FHeld, static_cast<std::size_t>(N));
     FlushStdin();
     if (static_cast<std::size_t>(N) < Room) FInputHeld = false;
   }
+  if (!FInputHeld || FStdinDead) FHeld = 0;
 }
 
+bool TChannelRelay::InputOverrun() const { return FHeld > OverrunLimit && !FStdinDead; }
 
 // ---- state changes, made from the session loop only ---------------------------------------
 
-void TChannelRelay::UpdateWatch(TUniqueFd& Fd, bool& Watching, bool Want, short Events,
-                                ssh_event_callback Callback) {
+void TChannelRelay::UpdateWatch(TUniqueFd& Fd, bool& Watching, bool Want, short Events, ssh_event_callback Callback) {
   Want = Want && Fd.Valid();
   if (Want == Watching) return;
   if (Want) {

@@ -4,13 +4,12 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <map>
-
-#include "server/Signals.h"
 
 extern char** environ;
 
@@ -32,17 +31,10 @@ bool MakePipe(TUniqueFd& Read, TUniqueFd& Write) {
 
 void SetNonBlocking(int Fd) { ::fcntl(Fd, F_SETFL, ::fcntl(Fd, F_GETFL) | O_NONBLOCK); }
 
-std::vector<std::string> MergedEnvironment(const TEnvironment& Extra) {
-  std::map<std::string, std::string> Merged;
-  for (char** Entry = environ; *Entry != nullptr; ++Entry) {
-    std::string Text = *Entry;
-    std::size_t Equals = Text.find('=');
-    if (Equals != std::string::npos) Merged[Text.substr(0, Equals)] = Text.substr(Equals + 1);
-  }
-  for (const auto& [Name, Value] : Extra) Merged[Name] = Value;
-  std::vector<std::string> Result;
-  for (const auto& [Name, Value] : Merged) Result.push_back(Name + "=" + Value);
-  return Result;
+bool PassedOn(std::string_view Name) {
+  for (std::string_view Kept : {"PATH", "HOME", "USER", "LOGNAME", "SHELL", "TZ"})
+    if (Name == Kept) return true;
+  return ClientMayPass(Name);
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& Strings) {
@@ -52,14 +44,31 @@ std::vector<char*> Pointers(std::vector<std::string>& Strings) {
   return Result;
 }
 
-/// In the forked child: wire the pipes to 0, 1, 2, drop every other descriptor, exec.
+/// Closes every descriptor from Lowest up: close_range, else one by one up to the limit.
+void CloseFrom(int Lowest) {
+  if (::syscall(SYS_close_range, static_cast<unsigned>(Lowest), ~0U, 0U) == 0) return;
+  rlimit Limit{};
+  const long Highest = ::getrlimit(RLIMIT_NOFILE, &Limit) == 0 && Limit.rlim_max != RLIM_INFINITY
+                           ? static_cast<long>(Limit.rlim_max)
+                           : ::sysconf(_SC_OPEN_MAX);
+  for (long Fd = Lowest; Fd < Highest; ++Fd) ::close(static_cast<int>(Fd));
+}
+
+/// In the forked child: a new session, default signals, the pipes on 0, 1, 2, nothing else
+/// open, then exec. Ignored signals would survive exec, so each is set back to its default
+/// here (posix_spawn is not used: it leaves the C library's two internal signals ignored).
 [[noreturn]] void ExecInChild(int In, int Out, int Err, char** Argv, char** Envp) {
-  ResetSignalsForExec();
-  ::setpgid(0, 0);
+  struct sigaction Default {};
+  Default.sa_handler = SIG_DFL;
+  for (int Signal = 1; Signal < NSIG; ++Signal) ::sigaction(Signal, &Default, nullptr);
+  sigset_t None;
+  sigemptyset(&None);
+  ::sigprocmask(SIG_SETMASK, &None, nullptr);
+  ::setsid();
   ::dup2(In, STDIN_FILENO);
   ::dup2(Out, STDOUT_FILENO);
   ::dup2(Err, STDERR_FILENO);
-  ::syscall(SYS_close_range, 3U, ~0U, 0U);
+  CloseFrom(STDERR_FILENO + 1);
   ::execve(Argv[0], Argv, Envp);
   const char* Reason = ::strerror(errno);
   (void)!::write(STDERR_FILENO, "hestrel: cannot run ", 20);
@@ -72,7 +81,23 @@ std::vector<char*> Pointers(std::vector<std::string>& Strings) {
 
 }  // namespace
 
-bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Extra, TChildProcess& Child,
+bool ClientMayPass(std::string_view Name) { return Name == "LANG" || Name.starts_with("LC_"); }
+
+std::vector<std::string> CommandEnvironment(const TEnvironment& Client) {
+  std::map<std::string, std::string> Merged;
+  for (char** Entry = environ; *Entry != nullptr; ++Entry) {
+    const std::string_view Text = *Entry;
+    const std::size_t Equals = Text.find('=');
+    if (Equals != std::string_view::npos && PassedOn(Text.substr(0, Equals)))
+      Merged[std::string(Text.substr(0, Equals))] = Text.substr(Equals + 1);
+  }
+  for (const auto& [Name, Value] : Client) Merged[Name] = Value;
+  std::vector<std::string> Result;
+  for (const auto& [Name, Value] : Merged) Result.push_back(Name + "=" + Value);
+  return Result;
+}
+
+bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Client, TChildProcess& Child,
                 std::string& Error) {
   TUniqueFd InRead, InWrite, OutRead, OutWrite, ErrRead, ErrWrite;
   if (!MakePipe(InRead, InWrite) || !MakePipe(OutRead, OutWrite) || !MakePipe(ErrRead, ErrWrite)) {
@@ -80,7 +105,7 @@ bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Extra,
     return false;
   }
   std::vector<std::string> ArgStrings = Argv;
-  std::vector<std::string> EnvStrings = MergedEnvironment(Extra);
+  std::vector<std::string> EnvStrings = CommandEnvironment(Client);
   std::vector<char*> ArgPointers = Pointers(ArgStrings);
   std::vector<char*> EnvPointers = Pointers(EnvStrings);
   pid_t Pid = ::fork();
@@ -89,7 +114,6 @@ bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Extra,
     return false;
   }
   if (Pid == 0) ExecInChild(InRead.Get(), OutWrite.Get(), ErrWrite.Get(), ArgPointers.data(), EnvPointers.data());
-  ::setpgid(Pid, Pid);  // also here, so the group exists before anyone signals it
   SetNonBlocking(InWrite.Get());
   SetNonBlocking(OutRead.Get());
   SetNonBlocking(ErrRead.Get());

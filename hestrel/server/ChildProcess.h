@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -20,10 +21,22 @@ struct TChildProcess {
   TUniqueFd Stderr;  ///< read end, non-blocking
 };
 
-/// Starts Argv[0] (a path) with Argv in the current directory, with the server's environment
-/// plus Extra (later entries win). The child leads a process group of its own, so that a
-/// hang-up or shutdown can signal everything it started. False with Error on failure.
-bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Extra, TChildProcess& Child,
+/// Whether a client's "env" request may set Name: LANG and LC_* only (the client library
+/// itself sends none; a launch passes its variables on the command line).
+bool ClientMayPass(std::string_view Name);
+
+/// A command's environment: of the server's own, only PATH, HOME, USER, LOGNAME, SHELL, LANG,
+/// LC_* and TZ (so an operator's agent socket or tokens never reach a client), then Client
+/// (later entries win).
+std::vector<std::string> CommandEnvironment(const TEnvironment& Client);
+
+/// Starts Argv[0] (a path) with Argv and CommandEnvironment(Client) in the current directory,
+/// as the leader of a new session: no controlling terminal, a process group of its own (so
+/// that a hang-up or shutdown can signal everything it started), every signal at its default
+/// and none blocked, and no descriptor of the server but its three pipes (close_range, else
+/// each descriptor closed in turn). False with Error when it cannot start; a program that
+/// cannot be executed exits with status 127 and the reason on its stderr.
+bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Client, TChildProcess& Child,
                 std::string& Error);
 
 /// Sends Signal to the child's process group (and to the child itself, in case it left it).

@@ -1,9 +1,10 @@
 // Hestrel server: the listening process. Binds the address, announces the port on stdout,
-// accepts connections and forks one process per connection (TSessionServer), reaps them,
-// and on SIGTERM or SIGINT stops accepting, stops its connection processes and returns.
+// accepts connections and forks one process per connection (TSessionServer), judges their
+// logins (LoginGate.h), makes room when too many connections have not logged in yet, reaps
+// them, and on SIGTERM or SIGINT stops accepting, stops its connection processes and returns.
 #pragma once
 
-#include <string>
+#include "server/Handles.h"
 
 namespace hestrel::server {
 
@@ -15,9 +16,9 @@ class TAuthenticator;
 inline constexpr const char* ServerCiphers =
     "aes128-gcm@openssh.com,aes256-gcm@openssh.com,chacha20-poly1305@openssh.com,aes128-ctr,aes192-ctr,aes256-ctr";
 
-/// Runs until stopped; answers the process exit code (0 after a clean stop). In the process
-/// forked for a connection it returns as well, once that connection is over, with the code
-/// that process exits with.
-int RunListener(const TServerOptions& Options, const TAuthenticator& Authenticator, const std::string& HostKeyPath);
+/// Runs until stopped, serving HostKey; answers the process exit code (0 after a clean
+/// stop). In the process forked for a connection it returns as well, once that connection is
+/// over, with the code that process exits with.
+int RunListener(const TServerOptions& Options, const TAuthenticator& Authenticator, TSshKey HostKey);
 
 }  // namespace hestrel::server

@@ -15,10 +15,13 @@ struct TServerOptions {
   std::string HostKeyFile;                  ///< empty: DefaultHostKeyPath()
   std::string RootDir;                      ///< working directory of commands; empty: home
   std::string SftpServer = "/usr/lib/openssh/sftp-server";
-  int MaxConnections = 256;       ///< connections served at once; more are closed at once
-  int MaxStartups = 16;           ///< of those, connections not logged in yet
-  int AuthDelayMs = 1500;         ///< pause after each failed password (hidden option)
-  int LoginGraceSeconds = 60;     ///< time allowed for key exchange and login (hidden option)
+  int MaxConnections = 256;     ///< connections served at once; more are closed at once
+  int MaxStartups = 16;         ///< of those, connections not logged in yet
+  int MaxChannels = 10;         ///< channels open at once on one connection
+  bool AllowRoot = false;       ///< whether it may run as root
+  int AuthDelayMs = 1500;       ///< wait after an address's first failed passwords (hidden option)
+  int LoginGraceSeconds = 60;   ///< time allowed for key exchange and login (hidden option)
+  int BannerGraceSeconds = 10;  ///< time allowed for the client's banner and the key exchange (hidden option)
 };
 
 enum class TParseOutcome { Run, ExitSuccess, ExitFailure };

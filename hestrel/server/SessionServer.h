@@ -1,6 +1,6 @@
 // Hestrel server: one client connection, served in its own process (classic sshd model):
-// key exchange, password login (three attempts), then its session channels until the
-// client leaves or the listener asks the process to stop.
+// key exchange, password login (three attempts, each judged by the listener), then its
+// session channels until the client leaves or the listener asks the process to stop.
 #pragma once
 
 #include <libssh/callbacks.h>
@@ -13,6 +13,7 @@
 
 #include "server/ChannelRelay.h"
 #include "server/Handles.h"
+#include "server/Log.h"
 #include "server/Signals.h"
 
 namespace hestrel::server {
@@ -22,10 +23,9 @@ class TAuthenticator;
 
 class TSessionServer {
  public:
-  /// Listener, when not 0, gets SIGUSR1 once the client has logged in (so it stops counting
-  /// this connection among those still logging in).
+  /// Gate is this process's end of its login socket to the listener (LoginGate.h).
   TSessionServer(TSshSession Session, const TServerOptions& Options, const TAuthenticator& Authenticator,
-                 std::string Peer, pid_t Listener = 0);
+                 std::string Peer, TUniqueFd Gate);
   ~TSessionServer();
   TSessionServer(const TSessionServer&) = delete;
   TSessionServer& operator=(const TSessionServer&) = delete;
@@ -35,7 +35,8 @@ class TSessionServer {
 
  private:
   bool Prepare();
-  void Loop();
+  /// Serves until the connection ends; answers why when it failed ("" otherwise).
+  std::string Loop();
   bool LoginExpired() const;
   void ReapChildren();
   void ServiceChannels();
@@ -43,20 +44,23 @@ class TSessionServer {
 
   static int OnPassword(ssh_session, const char* User, const char* Password, void* Self);
   static ssh_channel OnChannelOpen(ssh_session, void* Self);
+  static int OnOtherRequest(ssh_session, ssh_message Message, void* Self);
   static int OnSignalReady(socket_t, int, void* Self);
 
   TSshSession FSession;
   const TServerOptions& FOptions;
   const TAuthenticator& FAuthenticator;
   std::string FPeer;
-  pid_t FListener = 0;
+  TUniqueFd FGate;
   TSignalFd FSignals;
   TSshEvent FEvent;
   ssh_server_callbacks_struct FCallbacks{};
   std::vector<std::unique_ptr<TChannelRelay>> FRelays;
+  TOnceLog FRefusals;  ///< refused requests, each kind logged once per connection
   std::chrono::steady_clock::time_point FLoginDeadline;
-  std::string FUser;
   bool FAuthenticated = false;
+  bool FAddressRefused = false;  ///< the listener refuses the client's address for now
+  bool FReadingPaused = false;   ///< the session's socket is left unread (ChannelRelay::InputOverrun)
   int FFailures = 0;
   int FStopSignal = 0;  ///< SIGTERM/SIGINT/SIGHUP received from the listener or a user
   bool FChildEvent = false;

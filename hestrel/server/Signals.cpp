@@ -17,7 +17,6 @@ sigset_t HandledSignals() {
   sigaddset(&Set, SIGINT);
   sigaddset(&Set, SIGHUP);
   sigaddset(&Set, SIGCHLD);
-  sigaddset(&Set, SIGUSR1);  // a connection process logged its client in (Listener.cpp)
   return Set;
 }
 
@@ -29,13 +28,12 @@ TSignalFd::TSignalFd() {
   FFd.Reset(::signalfd(-1, &Set, SFD_NONBLOCK | SFD_CLOEXEC));
 }
 
-int TSignalFd::Next(pid_t* Sender) {
+int TSignalFd::Next() {
   signalfd_siginfo Info{};
   for (;;) {
     ssize_t N = ::read(FFd.Get(), &Info, sizeof Info);
     if (N < 0 && errno == EINTR) continue;
     if (N != static_cast<ssize_t>(sizeof Info)) return 0;
-    if (Sender) *Sender = static_cast<pid_t>(Info.ssi_pid);
     return static_cast<int>(Info.ssi_signo);
   }
 }
@@ -50,12 +48,5 @@ void BlockStopSignals(bool Blocked) {
 }
 
 void IgnoreSigPipe() { ::signal(SIGPIPE, SIG_IGN); }
-
-void ResetSignalsForExec() {
-  for (int Signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGPIPE, SIGUSR1}) ::signal(Signal, SIG_DFL);
-  sigset_t Empty;
-  sigemptyset(&Empty);
-  ::sigprocmask(SIG_SETMASK, &Empty, nullptr);
-}
 
 }  // namespace hestrel::server

@@ -1,5 +1,5 @@
-// Hestrel server: signals as readable file descriptors. SIGTERM, SIGINT, SIGHUP, SIGCHLD and
-// SIGUSR1 (a connection logged in) are blocked and read from a signalfd, so that they wake the poll loops instead of
+// Hestrel server: signals as readable file descriptors. SIGTERM, SIGINT, SIGHUP and SIGCHLD
+// are blocked and read from a signalfd, so that they wake the poll loops instead of
 // interrupting them (libssh treats an interrupted poll as an error).
 #pragma once
 
@@ -9,14 +9,13 @@ namespace hestrel::server {
 
 class TSignalFd {
  public:
-  /// Blocks the five signals and opens a non-blocking signalfd for them.
+  /// Blocks the four signals and opens a non-blocking signalfd for them.
   TSignalFd();
   int Fd() const { return FFd.Get(); }
   void Close() { FFd.Reset(); }
   bool Valid() const { return FFd.Valid(); }
-  /// The next pending signal number, or 0 when none is pending; Sender gets the sending
-  /// process when asked.
-  int Next(pid_t* Sender = nullptr);
+  /// The next pending signal number, or 0 when none is pending.
+  int Next();
 
  private:
   TUniqueFd FFd;
@@ -28,8 +27,5 @@ void BlockStopSignals(bool Blocked);
 
 /// SIGPIPE is ignored process-wide: a closed pipe or socket is seen as EPIPE.
 void IgnoreSigPipe();
-
-/// In a freshly forked child that is about to exec: default dispositions and an empty mask.
-void ResetSignalsForExec();
 
 }  // namespace hestrel::server

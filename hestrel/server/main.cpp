@@ -1,5 +1,5 @@
 // hestrel: the Hestrel remote agent server (see docs/hestrel-server.md).
-#include <filesystem>
+#include <fcntl.h>
 #include <libssh/libssh.h>
 #include <sodium.h>
 #include <unistd.h>
@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "server/Authenticator.h"
@@ -19,6 +20,18 @@
 namespace hs = hestrel::server;
 
 namespace {
+
+/// Opens /dev/null on whichever of descriptors 0, 1 and 2 is closed, before anything else is
+/// opened: otherwise the listening socket, a client's socket or a command's pipe would take
+/// that number, and the log (stderr) would land in it.
+bool OpenStandardDescriptors() {
+  for (int Fd = STDIN_FILENO; Fd <= STDERR_FILENO; ++Fd) {
+    if (::fcntl(Fd, F_GETFD) != -1 || errno != EBADF) continue;
+    const int Opened = ::open("/dev/null", O_RDWR);  // takes the lowest free number: Fd
+    if (Opened != Fd) return false;
+  }
+  return true;
+}
 
 /// Commands and SFTP run in the --root directory, by default the user's home.
 bool EnterRoot(const std::string& Root, std::string& Error) {
@@ -42,12 +55,17 @@ int Fail(const std::string& Message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!OpenStandardDescriptors()) return 1;
   hs::TServerOptions Options;
   switch (hs::ParseOptions(argc, argv, Options)) {
     case hs::TParseOutcome::ExitSuccess: return 0;
     case hs::TParseOutcome::ExitFailure: return 2;
     case hs::TParseOutcome::Run: break;
   }
+  if (::geteuid() == 0 && !Options.AllowRoot)
+    return Fail(
+        "refusing to run as root: anyone with the password would run commands as root; start it as an "
+        "ordinary user, or give --allow-root");
   if (sodium_init() < 0) return Fail("cannot initialise libsodium");
   std::string Password, Error;
   if (!hs::ReadPasswordFile(Options.PasswordFile, Password, Error)) return Fail(Error);
@@ -55,20 +73,21 @@ int main(int argc, char** argv) {
   sodium_memzero(Password.data(), Password.size());
 
   if (ssh_init() != SSH_OK) return Fail("cannot initialise libssh");
-  // Absolute, because the listener loads the key after EnterRoot has changed directory.
+  // Absolute, so that the log names the file wherever the server was started.
   std::string HostKeyPath =
       std::filesystem::absolute(Options.HostKeyFile.empty() ? hs::DefaultHostKeyPath() : Options.HostKeyFile)
           .lexically_normal()
           .string();
   std::string Fingerprint;
-  if (!hs::PrepareHostKey(HostKeyPath, Fingerprint, Error)) return Fail(Error);
+  hs::TSshKey HostKey;
+  if (!hs::LoadHostKey(HostKeyPath, HostKey, Fingerprint, Error)) return Fail(Error);
   if (!EnterRoot(Options.RootDir, Error)) return Fail(Error);
   if (::access(Options.SftpServer.c_str(), X_OK) != 0)
     hs::Log("warning: SFTP server " + Options.SftpServer + " is not executable; the sftp subsystem will fail");
   hs::Log("host key " + HostKeyPath + " (" + Fingerprint + ")");
 
   hs::IgnoreSigPipe();
-  int Code = hs::RunListener(Options, Authenticator, HostKeyPath);
+  int Code = hs::RunListener(Options, Authenticator, std::move(HostKey));
   ssh_finalize();
   return Code;
 }

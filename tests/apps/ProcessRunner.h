@@ -113,10 +113,11 @@ class TZephprofTest : public ::testing::Test {
     fs::create_directories(Root);
     std::ofstream(Dir / "password") << Password << '\n';
     fs::permissions(Dir / "password", fs::perms::owner_read | fs::perms::owner_write);
-    std::string Line =
-        Command(ZEPH_HESTREL_BINARY, {"--port", "0", "--listen", "127.0.0.1", "--password-file", Dir / "password",
-                                      "--host-key", Dir / "host_key", "--root", Root}) +
-        " >" + Quoted(Dir / "log") + " 2>&1 </dev/null & echo $! >" + Quoted(Dir / "pid");
+    std::vector<std::string> Args = {"--port",         "0",          "--listen",       "127.0.0.1", "--password-file",
+                                     Dir / "password", "--host-key", Dir / "host_key", "--root",    Root};
+    if (geteuid() == 0) Args.push_back("--allow-root");  // hestrel refuses to run as root without it
+    std::string Line = Command(ZEPH_HESTREL_BINARY, Args) + " >" + Quoted(Dir / "log") + " 2>&1 </dev/null & echo $! >" +
+                       Quoted(Dir / "pid");
     // The server's user lives in Root, as a real one's commands and files start in its home.
     const std::string Binary = " " + Quoted(ZEPH_HESTREL_BINARY);
     Line.insert(Line.find(Binary), " HOME=" + Quoted(Root));

@@ -100,7 +100,8 @@ bool WaitFor(const std::function<bool()>& Condition, int TimeoutMs) {
 TTestServer::TTestServer() { MakeFile(PasswordFile.string(), Password + "\n", 0, 0600); }
 
 TTestServer::~TTestServer() {
-  if (Pid > 0 && Stop() == -1 && ::kill(Pid, SIGKILL) == 0) ::waitpid(Pid, nullptr, 0);
+  // Stop() clears Pid once it has reaped the server, also one that a signal ended.
+  if (Pid > 0 && Stop() == -1 && KillProcess(Pid, SIGKILL) == 0) ::waitpid(Pid, nullptr, 0);
 }
 
 bool TTestServer::Start(const std::vector<std::string>& Extra) {
@@ -109,6 +110,7 @@ bool TTestServer::Start(const std::vector<std::string>& Extra) {
                                    "--host-key",      HostKeyFile.string(),
                                    "--root",          Dir.Path.string(),
                                    "--auth-delay-ms", "200"};
+  if (::geteuid() == 0) Args.push_back("--allow-root");
   Args.insert(Args.end(), Extra.begin(), Extra.end());
   return StartWithArgs(Args);
 }
@@ -116,6 +118,7 @@ bool TTestServer::Start(const std::vector<std::string>& Extra) {
 bool TTestServer::StartWithArgs(const std::vector<std::string>& Args) {
   std::vector<std::string> Argv = Args;
   Argv.insert(Argv.begin(), ZEPH_HESTREL_BINARY);  // tests/CMakeLists.txt
+  Argv.insert(Argv.begin(), Launcher.begin(), Launcher.end());
   int StdoutFd = -1;
   std::tie(Pid, StdoutFd) = Spawn(Argv, Env, (Dir.Path / "server.log").string());
   pollfd P{StdoutFd, POLLIN, 0};

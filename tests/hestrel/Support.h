@@ -46,9 +46,10 @@ bool WaitFor(const std::function<bool()>& Condition, int TimeoutMs = 5000);
 struct TTestServer {
   TTestServer();
   ~TTestServer();  ///< stops the server (SIGKILL if it does not stop)
-  /// --port 0, the password file, the host key, --root Dir and --auth-delay-ms 200, then Extra.
+  /// --port 0, the password file, the host key, --root Dir and --auth-delay-ms 200 (and
+  /// --allow-root when the tests run as root), then Extra.
   bool Start(const std::vector<std::string>& Extra = {});
-  /// Exactly Args; true once the listening line arrived.
+  /// Exactly Args (after Launcher); true once the listening line arrived.
   bool StartWithArgs(const std::vector<std::string>& Args);
   /// SIGTERM, then waits up to 10 s; answers the exit code (-1 on timeout or a signal).
   int Stop();
@@ -65,6 +66,9 @@ struct TTestServer {
   TTempDir Dir;
   const fs::path PasswordFile = Dir.Path / "password", HostKeyFile = Dir.Path / "keys/host_key_ed25519";
   std::vector<std::pair<std::string, std::string>> Env;  ///< added for the processes started afterwards
+  /// A program that execs the server (its path and arguments follow), e.g. a shell that
+  /// closes descriptors first.
+  std::vector<std::string> Launcher;
   pid_t Pid = -1;
   int Port = 0;
   std::string ListeningLine;
