@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <iostream>
 
 #include "GuiStore.h"
@@ -29,22 +30,33 @@ int Main(int argc, char** argv) {
   App.set_version_flag("--version", std::string("zephprof-gui ") + ZEPHPROF_VERSION);
   TGuiOptions Options;
   std::string Platform;
-  App.add_option("--settings", Options.SettingsFile, "settings file (default $XDG_CONFIG_HOME/zephprof/settings.ini)");
+  App.add_option("--settings", Options.SettingsFile, "settings file (default $XDG_CONFIG_HOME/zephprof/settings.ini)")
+      ->type_name("FILE");
   App.add_option("--data-dir", Options.DataDir,
-                 "application-data directory: profile files, default paths (default $XDG_DATA_HOME/zephprof)");
+                 "application-data directory: profile files, default paths (default $XDG_DATA_HOME/zephprof)")
+      ->type_name("DIR");
   App.add_option("--group", Options.GroupFile,
-                 "the open project group: renaming or removing a profile rewrites its projects");
-  CLI::Option* Select = App.add_option(
-      "--select", Platform,
-      "show the profile selector for PLATFORM (\"\" for every platform) and print the chosen profile's name");
-  CLI::Option* Choose = App.add_option(
-      "--choose", Platform, "show the drop-down profile chooser for PLATFORM and print the chosen profile's name");
+                 "the open project group: renaming or removing a profile rewrites its projects")
+      ->type_name("FILE");
+  CLI::Option* Select =
+      App.add_option(
+             "--select", Platform,
+             "show the profile selector for PLATFORM (\"\" for every platform) and print the chosen profile's name")
+          ->type_name("PLATFORM");
+  CLI::Option* Choose =
+      App.add_option("--choose", Platform,
+                     "show the drop-down profile chooser for PLATFORM and print the chosen profile's name")
+          ->type_name("PLATFORM");
   Select->excludes(Choose);
   App.footer(
       "OK writes the settings file; Cancel changes nothing. Another program's change made while the window\n"
       "was open is never written over: OK then says so and saves nothing. Exit status: 0 OK (with\n"
-      "--select: a profile was chosen), 1 cancelled or failed, 2 usage. Needs a display.");
-  CLI11_PARSE(App, argc, argv);
+      "--select or --choose: a profile was chosen), 1 cancelled or failed, 2 usage. Needs a display.");
+  try {
+    App.parse(argc, argv);
+  } catch (const CLI::ParseError& Error) {
+    return App.exit(Error) == 0 ? ExitOk : ExitUsage;  // --help and --version are no errors
+  }
   if (!HaveDisplay()) {
     std::cerr << "zephprof-gui: no display (DISPLAY and WAYLAND_DISPLAY are not set); on a terminal use zephprof\n";
     return ExitFailed;
@@ -54,6 +66,9 @@ int Main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("zephprof-gui"));
   const auto Ui = std::make_shared<QtHost::TQtUserInterface>();
   RegisterViews(*Ui);
+  // The installed host keeps the user interface beyond the application object: its windows go first.
+  const std::unique_ptr<QtHost::TQtUserInterface, void (*)(QtHost::TQtUserInterface*)> FreeWindows(
+      Ui.get(), [](QtHost::TQtUserInterface* Windows) { Windows->FreeWindows(); });
   const bool Selecting = Select->count() > 0 || Choose->count() > 0;
   Options.HoldLock = Selecting;
   TGuiStore Store;

@@ -188,7 +188,7 @@ void TFormView::Connect(TBinding& Binding) {
   } else if (auto* Tree = qobject_cast<QTreeWidget*>(Target)) {
     Tree->installEventFilter(this);
     connect(Tree, &QTreeWidget::currentItemChanged, this, [this, Control](QTreeWidgetItem* Current) {
-      if (!Current || !Current->data(0, kIndexRole).isValid()) return;
+      if (!Current || !Current->data(0, kIndexRole).isValid()) return Forward([] {});  // a group's row: drawn back
       const int Index = Current->data(0, kIndexRole).toInt();
       Forward([Control, Index] { Control->Select(Index); });
     });
@@ -214,9 +214,12 @@ bool TFormView::eventFilter(QObject* Watched, QEvent* Event) {
       Forward([Control, Code] { Control->KeyDown(Code); });
       return true;
     }
-    // An edit hears of every typed character before the text changes.
-    if (const QByteArray Typed = Key->text().toUtf8(); !Typed.isEmpty())
-      Forward([Control, Typed] { Control->KeyPress(Typed.at(0)); });
+    // An edit hears of each key that changes its text, before the text changes; Tab, Enter and
+    // Escape go on to the window.
+    const QByteArray Typed = Key->text().toUtf8();
+    const bool Edits = !Typed.isEmpty() && (static_cast<unsigned char>(Typed.at(0)) >= 0x20 || Typed.at(0) == '\b' ||
+                                            Key->matches(QKeySequence::Paste) || Key->matches(QKeySequence::Cut));
+    if (Edits) Forward([Control, Typed] { Control->KeyPress(Typed.at(0)); });
     break;
   }
   return QDialog::eventFilter(Watched, Event);
@@ -277,7 +280,6 @@ void TFormView::Apply(const TBinding& Binding) {
     }
     if (Combo->isEditable()) {
       const QSignalBlocker BlockEdit(Combo->lineEdit());
-      Combo->setCurrentIndex(-1);
       if (Combo->currentText() != ToQString(C.Text())) Combo->setEditText(ToQString(C.Text()));
     } else {
       Combo->setCurrentIndex(C.ItemIndex());
@@ -310,6 +312,11 @@ void TFormView::Apply(const TBinding& Binding) {
 void TFormView::closeEvent(QCloseEvent* Event) {
   Event->ignore();
   if (FForm) Forward([Form = FForm] { Form->Close(); });
+}
+
+void TFormView::keyPressEvent(QKeyEvent* Event) {
+  if (isWindow()) return QDialog::keyPressEvent(Event);
+  Event->ignore();  // a page inside another window: Enter and Escape are that window's
 }
 
 void TFormView::reject() {

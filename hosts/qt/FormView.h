@@ -57,6 +57,7 @@ class TFormView : public QDialog {
  protected:
   /// The user closes the window: the form decides (a modal one ends with Cancel).
   void closeEvent(QCloseEvent* Event) override;
+  void keyPressEvent(QKeyEvent* Event) override;
   void reject() override;
   void accept() override {}
   bool eventFilter(QObject* Watched, QEvent* Event) override;

@@ -60,8 +60,11 @@ QStringList FileDialogFilters(const std::string& Filter) {
   return Filters;
 }
 
-TQtUserInterface::~TQtUserInterface() {
-  for (const auto& View : FViews) View->Detach();
+TQtUserInterface::~TQtUserInterface() { FreeWindows(); }
+
+void TQtUserInterface::FreeWindows() {
+  FHidden.clear();
+  FViews.clear();  // each detaches from its form first
 }
 
 void TQtUserInterface::RegisterView(const std::string& FormName, TViewFactory Factory) {

@@ -36,6 +36,8 @@ class TQtUserInterface : public IOTAUserInterfaceServices {
   void RegisterView(const std::string& FormName, TViewFactory Factory);
   /// The windows of the forms shown now, the topmost last.
   std::vector<TFormView*> Shown() const;
+  /// Frees every window; called before the application object goes (the host outlives it).
+  void FreeWindows();
   /// Told of each window once it is on the screen.
   std::function<void(TFormView& View)> OnShown;
   /// The profiles the open options dialog edits, as the page handed them over.
