@@ -114,6 +114,7 @@ class TGuiTest : public QObject {
     Steps.clear();
   }
   void cleanup() { QVERIFY(Steps.empty()); }
+  void cleanupTestCase() { Ui->FreeWindows(); }
 
   void addTestPullAndCommitOnOk() {
     Open(false, {});
