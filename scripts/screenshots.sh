@@ -7,5 +7,5 @@ cd "$(dirname "$0")/.."
 BUILD_DIR=${BUILD_DIR:-build}
 bash scripts/build.sh
 mkdir -p docs/screenshots
-QT_QPA_PLATFORM=offscreen ZEPH_SCREENSHOT_DIR="$PWD/docs/screenshots" "$BUILD_DIR/tests/gui_tests" -silent
+ZEPH_SCREENSHOT_DIR="$PWD/docs/screenshots" "$BUILD_DIR/tests/gui_tests" -silent
 ls docs/screenshots

@@ -271,5 +271,11 @@ class TGuiTest : public QObject {
   std::deque<TStep> Steps;
 };
 
-QTEST_MAIN(TGuiTest)
+int main(int argc, char** argv) {
+  // Qt's offscreen platform unless another one is asked for: no display is needed.
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication Application(argc, argv);
+  TGuiTest Test;
+  return QTest::qExec(&Test, argc, argv);
+}
 #include "GuiTest.moc"
