@@ -108,7 +108,7 @@ class TWizardView : public TFormView {
     HeaderLayout->addWidget(Title);
     HeaderLayout->addWidget(WrappedLabel(*this, "DescriptionLabel"));
 
-    auto* Image = Bind(new QLabel, "WizardImage");
+    auto* Image = new QLabel;  // the wizard's picture
     Image->setPixmap(style()->standardIcon(QStyle::SP_ComputerIcon).pixmap(48, 48));
     Image->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
     Image->setMargin(16);

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QProcess>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QtTest>
@@ -250,6 +251,23 @@ class TGuiTest : public QObject {
     Out.str("");
     QCOMPARE(RunProfileChooser(*Store, "Linux64", Out), 0);
     QCOMPARE(Out.str(), std::string("Box\n"));
+  }
+
+  void commandLineMistakesAreUsageErrors() {
+    const std::pair<QStringList, QString> Cases[] = {
+        {{"--select", "Bogus"}, "unknown platform 'Bogus' (one of Win32, Win64, OSX32,"},
+        {{"--choose", ""}, "unknown platform '' (one of Win32,"},
+        {{"--select", "Linux64", "--choose", "Linux64"}, "--select excludes --choose"},
+        {{"--bogus"}, "The following argument was not expected: --bogus"}};
+    for (const auto& [Arguments, Said] : Cases) {
+      QProcess Gui;
+      Gui.start(ZEPH_ZEPHPROF_GUI_BINARY, QStringList{"--settings", QString::fromStdString(Dir->Path / "s.ini"),
+                                                      "--data-dir", QString::fromStdString(Dir->Path / "d")} +
+                                              Arguments);
+      QVERIFY(Gui.waitForFinished(20000));
+      QCOMPARE(Gui.exitCode(), 2);
+      QVERIFY2(Gui.readAllStandardError().contains(Said.toUtf8()), qPrintable(Said));
+    }
   }
 
  private:
