@@ -7,6 +7,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config git
   libgtest-dev libgmock-dev libbenchmark-dev
   libssh-dev libsodium-dev libcli11-dev libpugixml-dev
+  qt6-base-dev fonts-dejavu-core
   mono-xbuild
   openssh-client openssh-server openssh-sftp-server
   clang libclang-rt-14-dev

@@ -4,15 +4,13 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "HostSetup.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
+#include "hosts/linux/StoreCommit.h"
 #include "hosts/linux/TerminalMessageBox.h"
-#include "persistence/ProfileFiles.h"
 
 TAppContext::TAppContext(const TGlobalOptions& Options, std::istream& In, std::ostream& Out, std::ostream& Err,
                          std::ostream& ProgressErr)
@@ -52,7 +50,7 @@ bool TAppContext::Open(bool ForWriting) {
   }
   FLive = RemoteProfileMgr();
   if (!FLive) return false;
-  if (ForWriting) RemoveUncommittedProfileFiles();
+  if (ForWriting) LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
   // The host's SDKs hear of every profile added, renamed or removed from here on
   // (profiles loaded above already have their entries, or fall back to their own items).
   FSdks = std::make_shared<TProfileSdkStore>(FIni);
@@ -74,17 +72,6 @@ bool TAppContext::WriteSettingsFile() {
   return false;
 }
 
-std::string TAppContext::AddingFileName() const { return FSettingsFile + ".adding"; }
-
-void TAppContext::RemoveUncommittedProfileFiles() {
-  std::ifstream Journal(AddingFileName());
-  if (!Journal) return;
-  for (std::string Name; std::getline(Journal, Name);)
-    if (!FLive->GetProfile(Name)) RemoveProfileFile(FLive->GetProfileFileName(Name));
-  std::error_code Ignored;
-  std::filesystem::remove(AddingFileName(), Ignored);
-}
-
 bool TAppContext::Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap& Renames) {
   return CommitMerging(*Copy, [&] {
     CommitWorkingCopy(*FLive, Copy, Renames);
@@ -93,23 +80,7 @@ bool TAppContext::Commit(const TRemoteProfileManagerPtr& Copy, const TRenameMap&
 }
 
 bool TAppContext::CommitMerging(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge) {
-  // The profile files of names new to the store are written before the settings file; they are
-  // listed beside it first, so that a writer killed before its commit does not leave them to
-  // the next one as files no profile names (Open removes them).
-  std::vector<std::string> Adding;
-  for (const auto& [Platform, List] : Copy.GetProfiles())
-    for (const IOTARemoteProfilePtr& P : List)
-      if (!FLive->GetProfile(P->GetName())) Adding.push_back(P->GetName());
-  if (!Adding.empty()) {
-    std::ofstream Journal(AddingFileName(), std::ios::trunc);
-    for (const std::string& Name : Adding) Journal << Name << '\n';
-  }
-  const bool Written = Merge() && WriteSettingsFile();
-  if (!Written)
-    for (const std::string& Name : Adding) RemoveProfileFile(FLive->GetProfileFileName(Name));
-  std::error_code Ignored;
-  std::filesystem::remove(AddingFileName(), Ignored);
-  return Written;
+  return LinuxHost::CommitMerging(FSettingsFile, *FLive, Copy, [&] { return Merge() && WriteSettingsFile(); });
 }
 
 bool TAppContext::SaveLive() {

@@ -80,11 +80,6 @@ class TAppContext {
   std::string AppDataDir() const;
 
  private:
-  std::string AddingFileName() const;
-  /// Removes the profile files that a writer killed before its commit listed as adding and the
-  /// committed store does not hold, then the list.
-  void RemoveUncommittedProfileFiles();
-
   TGlobalOptions FOptions;
   std::istream& FIn;
   std::ostream& FOut;

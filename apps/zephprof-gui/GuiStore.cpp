@@ -1,0 +1,90 @@
+// zephprof-gui: the settings store as the windows use it (see GuiStore.h).
+#include "GuiStore.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "core/Text.h"
+#include "host/startup/HostIntegration.h"
+#include "hosts/linux/LinuxProjects.h"
+#include "hosts/linux/StoreCommit.h"
+#include "ui/ProfileCommands.h"
+#include "ui/PullFilesProgressForm.h"
+
+namespace {
+
+const char kChangedMeanwhile[] =
+    "The settings file '%s' was changed by another program after this window was opened. Nothing was saved: "
+    "choose Cancel, open the window again and repeat your changes.";
+const char kNothingSaved[] = "Nothing was saved; the settings file is as it was.";
+
+}  // namespace
+
+bool TGuiStore::Open(const TGuiOptions& Options, std::shared_ptr<QtHost::TQtUserInterface> Ui) {
+  TLinuxHostOptions HostOptions;
+  HostOptions.SettingsFileName = Options.SettingsFile;
+  HostOptions.AppDataDir = Options.DataDir;
+  HostOptions.Messages = std::make_shared<QtHost::TQtMessageBox>();
+  HostOptions.ProgressDisplay = std::make_shared<TProgressFormDisplay>();
+  HostOptions.Ui = std::move(Ui);
+  HostOptions.LockForWriting = true;
+  HostOptions.LockTimeout = FLockTimeout = Options.LockTimeout;
+  FHost = InstallLinuxHost(HostOptions);
+  FSettingsFile = FHost.Settings->GetFileName();
+  FError = FHost.SettingsLoadError;
+  if (FError.empty() && !Options.GroupFile.empty()) {
+    // The monitor rewrites the group's projects when a profile is renamed or removed.
+    FHost.Services.Projects = TLinuxProjectServices::OpenGroup(Options.GroupFile, FHost.Build, nullptr, FError);
+    SetHostServices(FHost.Services);
+  }
+  if (!FError.empty()) return false;
+  PackageStartup();
+  FLive = RemoteProfileMgr();
+  LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
+  FSdks = std::make_shared<TProfileSdkStore>(FHost.Settings);
+  FLive->AddNotifier(FSdks);
+  FLoaded = ReadSettingsFile();
+  if (!Options.HoldLock) FHost.WriterLock.reset();
+  return true;
+}
+
+std::optional<std::string> TGuiStore::ReadSettingsFile() const {
+  std::ifstream File(FSettingsFile, std::ios::binary);
+  if (!File) return std::nullopt;
+  std::ostringstream Text;
+  Text << File.rdbuf();
+  return Text.str();
+}
+
+bool TGuiStore::Refuse(const std::string& Text) {
+  ShowMessageDlg(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK});
+  return false;
+}
+
+bool TGuiStore::Commit(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge) {
+  std::shared_ptr<TStoreLock> Lock = FHost.WriterLock;
+  if (!Lock) {
+    std::string LockError;
+    TWaitCursor Wait;
+    Lock = TStoreLock::Acquire(FSettingsFile, FHost.Environment->fnAppDataDir(), FLockTimeout, LockError);
+    if (!Lock) return Refuse(LockError + "\n\n" + kNothingSaved);
+  }
+  if (ReadSettingsFile() != FLoaded) return Refuse(Format(kChangedMeanwhile, {FSettingsFile}));
+  LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
+  std::string WriteError;
+  const bool Written = LinuxHost::CommitMerging(FSettingsFile, *FLive, Copy, [&] {
+    if (!Merge()) return false;
+    WriteError = FHost.Settings->UpdateFile().Error;
+    return WriteError.empty();
+  });
+  if (!WriteError.empty()) return Refuse(WriteError + "\n\n" + kNothingSaved);
+  if (Written) FLoaded = ReadSettingsFile();
+  return Written;
+}
+
+bool TGuiStore::WriteSettingsFile() {
+  const std::string WriteError = FHost.Settings->UpdateFile().Error;
+  if (!WriteError.empty()) return Refuse(WriteError + "\n\n" + kNothingSaved);
+  FLoaded = ReadSettingsFile();
+  return true;
+}
