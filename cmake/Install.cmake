@@ -12,6 +12,9 @@ set_target_properties(zephhost PROPERTIES EXPORT_NAME linuxhost)
 install(TARGETS zephcore zephhost hestrel_client EXPORT ZephprofTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS zephprof hestrel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TARGET zephprof-gui)
+  install(TARGETS zephprof-gui RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 
 set(ZEPH_HEADER_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zephprof)
 foreach(folder host core persistence remote deploy)
