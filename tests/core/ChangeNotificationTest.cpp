@@ -1,5 +1,6 @@
 // Change notification: the event lists, SendNotify with the notifier registry, the monitor
-// that keeps projects in step, and what start-up and shut-down register with the host.
+// that keeps projects in step, what start-up and shut-down register with the host, and the
+// build-environment defaults.
 #include <gtest/gtest.h>
 
 #include "CoreTestSupport.h"
@@ -96,18 +97,19 @@ TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToTheL
   EXPECT_EQ(App->GetProfile("OSX32"), "Box");
 }
 
-TEST_F(ChangeNotification, TheEnvFileRoutineWritesEachPlatformsStoredDefault) {
-  Ini->WriteString("RemoteProfiles", "Default_OSX32", "Mac");
+TEST_F(ChangeNotification, TheEnvFileGetsEachPlatformsDefaultInTheHostsOrderFromTheManagerOrTheStore) {
+  Platforms->Platforms = {{"Win32", ""}, {"iOSDevice", ""}, {"Linux64", ""}};
+  Add(*Manager, "Mac", "OSX32");    // the default of its child platforms too
+  Add(*Manager, "Local", "Win32");  // local targets never have a remote default
+  Manager->WriteEnvOptions();
   Ini->WriteString("RemoteProfiles", "Default_Linux64", "Box");
-  SaveEnvFileDefaults(*EnvFile);
-  EXPECT_EQ(Joined(EnvFile->Log),
-            "\nGroup '$(Platform)'=='Win32' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Win64' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='OSX32' Set DefaultProfile=Mac"
-            "\nGroup '$(Platform)'=='iOSDevice' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='iOSSimulator' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Android' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Linux64' Set DefaultProfile=Box");
+  SaveEnvFileDefaults(*EnvFile);  // what the store holds, whatever the manager holds
+  EXPECT_EQ(EnvFile->Log,
+            (TNames{"Begin", "Group '$(Platform)'=='Win32'",
+                    "Set DefaultProfile=", "Group '$(Profile)'=='' And '$(Platform)'=='iOSDevice'", "Set Profile=Mac",
+                    "Group '$(Platform)'=='Linux64'", "Set DefaultProfile=", "End", "Group '$(Platform)'=='Win32'",
+                    "Set DefaultProfile=", "Group '$(Platform)'=='iOSDevice'",
+                    "Set DefaultProfile=", "Group '$(Platform)'=='Linux64'", "Set DefaultProfile=Box"}));
 }
 
 }  // namespace

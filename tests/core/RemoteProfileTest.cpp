@@ -74,11 +74,4 @@ TEST(RemoteProfile, EachSetterFiresExactlyTheExpectedCallbacks) {
   for (const auto& Case : Cases) EXPECT_EQ(Fired(Case.Root, Case.Steps), Case.Expected) << Case.Steps;
 }
 
-TEST(RemoteProfileCredential, ConvertsFieldForFieldBothWays) {
-  TRACredential Agent;
-  TOTARemoteProfileCredential2TRACredential({"/home/me/x.passfile", false, true}, Agent);
-  EXPECT_EQ(Agent, (TRACredential{"/home/me/x.passfile", false, true}));
-  EXPECT_EQ(ToOTACredential({"typed", true, false}), (TOTARemoteProfileCredential{"typed", true, false}));
-}
-
 }  // namespace

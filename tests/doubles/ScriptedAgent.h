@@ -47,14 +47,8 @@ class TScriptedAgent : public TRAClient {
   /// Queues Answer for the next call named Call ("Connect", "PutFile", "GetFiles", ...). A
   /// call without a queued answer succeeds without error or output.
   void Script(const std::string& Call, TAgentAnswer Answer) { FQueued[Call].push_back(std::move(Answer)); }
-  /// Log without the questions IsConnected() and GetLastError().
-  std::vector<std::string> Actions() const {
-    std::vector<std::string> Result = Log;
-    std::erase_if(Result, [](const std::string& E) { return E == "IsConnected()" || E == "GetLastError()"; });
-    return Result;
-  }
 
-  mutable std::vector<std::string> Log;       ///< every call, in order, without listener arguments
+  std::vector<std::string> Log;  ///< every call but the questions IsConnected() and GetLastError(), in order
   std::vector<IFileListener*> FileListeners;  ///< the file listener of each transfer call
   bool Connected = false;
   std::string Name, HostName, LastError;
@@ -74,8 +68,8 @@ class TScriptedAgent : public TRAClient {
     return Connected = Play({Listener}, "Connect", Listener ? "listener" : "").Result;
   }
   void Disconnect() override { Log.push_back("Disconnect()"), Connected = false; }
-  bool IsConnected() const override { return Log.push_back("IsConnected()"), Connected; }
-  std::string GetLastError() const override { return Log.push_back("GetLastError()"), LastError; }
+  bool IsConnected() const override { return Connected; }
+  std::string GetLastError() const override { return LastError; }
   bool PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t Attributes,
                const std::string& RemoteName, IFileListener* Listener) override {
     return Transfer({nullptr, Listener}, "PutFile", RemoteDir, LocalFile, Attributes, RemoteName);

@@ -32,13 +32,13 @@ TEST_F(RemoteQueries, QueriesBetweenBeginAndEndOperationShareOneConnectionAndGiv
   EXPECT_EQ((*Listing)[1].Size, 12);
   EXPECT_TRUE(Manager->CreateSymLink(Profile, "/target", "/link", nullptr));
   EXPECT_EQ(Manager->GetIOSLauncher(Profile, "MyApp", true, nullptr), "/usr/bin/ios-sim");
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), (Texts{"E=", "HOME=/Users/u", "PATH=/bin"}));
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), Texts{});  // no table from the agent
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), (TNames{"E=", "HOME=/Users/u", "PATH=/bin"}));
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), TNames{});  // no table from the agent
   Manager->EndOperation(Profile);
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "ExpandPath(~)", "ExpandPath($NOPE)",
-                                         "ExpandAllPaths($A:$B)", "DirExists(/nope)", "DirExists(/usr)",
-                                         "ListFiles(/usr/include,2,1)", "CreateSymLink(/target,/link)",
-                                         "GetIOSLauncher(MyApp,1)", "GetEnv()", "GetEnv()", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "ExpandPath(~)", "ExpandPath($NOPE)", "ExpandAllPaths($A:$B)",
+                                   "DirExists(/nope)", "DirExists(/usr)", "ListFiles(/usr/include,2,1)",
+                                   "CreateSymLink(/target,/link)", "GetIOSLauncher(MyApp,1)", "GetEnv()", "GetEnv()",
+                                   "Disconnect()"}));
   EXPECT_TRUE(Messages->Shown.empty());
   EXPECT_TRUE(Display->Notices.empty());
 }
@@ -56,12 +56,11 @@ TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValueAfterAsk
   Agent->Script("Connect", Fails());
   Agent->Script("Connect", Fails("No route to host"));
   Manager->BeginOperation(Profile);
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, Callback), Texts{"_=No route to host"});
-  EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, Callback), TNames{"_=No route to host"});
+  EXPECT_EQ(Callback->Log, (TNames{"Retry", "Abort"}));
   EXPECT_EQ(Manager->GetCallbackParams().Callback, nullptr);  // stored for the query only
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), Texts{"_=" + kMacConnectionFailed});
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), TNames{"_=" + kMacConnectionFailed});
   EXPECT_EQ(Manager->ExpandPath(Profile, "~/sdk", nullptr), "~/sdk");  // the input, unchanged
   Manager->EndOperation(Profile);
-  EXPECT_EQ(Agent->Actions(),
-            SetupThen({"Connect(listener)", "Connect(listener)", "Connect(listener)", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "Connect(listener)", "Connect(listener)", "Disconnect()"}));
 }
