@@ -130,16 +130,16 @@ TEST_F(ProfileManager, AssignUpdatesInPlaceAndKeepsTheObjectOfAnAnnouncedRenameB
   const auto Old1 = Live->GetProfile("Old1");
   const auto Old2 = Live->GetProfile("Old2");
   const auto Keep = Live->GetProfile("Keep");
-  Add(*Manager, "New1", "Linux64");
   Add(*Manager, "KEEP", "Linux64")->SetHostName("new.host");  // a change of case only is not taken
   Manager->GetProfile("Keep")->SetPortNumber(1234);
+  Add(*Manager, "New1", "Linux64");
   Add(*Manager, "New2", "Linux64")->SetHostName("Old2.example");  // nothing else changed
   TEventRecorder Events;
   Live->NotifyRenames({{"Old2", "New2"}});
   Live->Assign(Manager);
   EXPECT_EQ(Events.Log,  // one change for two fields
-            (TNames{"Changed(New2)", "Renamed(New2,Old2)", "Added(New1)", "Changed(Keep)", "Removed(Old1)"}));
-  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"New1", "New2", "Keep"}));  // the copy's default first
+            (TNames{"Changed(New2)", "Renamed(New2,Old2)", "Changed(Keep)", "Added(New1)", "Removed(Old1)"}));
+  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"Keep", "New2", "New1"}));  // the copy's default first
   EXPECT_EQ(Live->GetProfile("New2"), Old2);
   EXPECT_NE(Live->GetProfile("New1"), Old1);
   EXPECT_EQ(Live->GetProfile("keep"), Keep);

@@ -74,25 +74,22 @@ TEST_F(SdkFileCache, ACancelRefusesTheAgentsFurtherQuestionsAndEndsWithoutFinish
   EXPECT_EQ(Progress.Notices.back(), kFinished);
 }
 
-TEST_F(SdkFileCache, WithProgressTheUpdateAsksBeforeOverwritingAndDrawsTheProgressWindow) {
-  SDK->Items.SetLength(1);
-  Agent->Script("GetFiles", During([this](TAgentCallContext& Call) {
-                  Answers.push_back(Call.Files->Overwrite("a.h", {}, 1, {}, 2));
-                }));
-  Messages->Answers = {TMsgDlgBtn::mbNo};
-  EXPECT_TRUE(Manager->GetProfileFilesWithProgress(Profile));
-  EXPECT_EQ(Answers, std::vector<int>{0});
-  EXPECT_EQ(Display->Notices.size(), 5u);
-  EXPECT_EQ(Display->Notices.front(), Notice(ptStart, -1, 1, "Updating Local File Cache") + "|close=1");
-}
-
-TEST_F(SdkFileCache, WithoutAPlatformSDKNothingIsPulledAndWithoutZephNoPatchIsSent) {
+TEST_F(SdkFileCache, WithoutAPlatformSDKNothingIsPulledWithoutZephNoPatchIsSentAndWithProgressTheUpdateAsks) {
   Manager->SetPlatformSDK(nullptr);
   EXPECT_TRUE(Update());
   EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", kPatch, "Disconnect()"}));
+  Manager->SetPlatformSDK(SDK);
+  SDK->Items.SetLength(1);
   Environment->Variables.erase("ZEPH");
-  EXPECT_TRUE(Update());
-  EXPECT_EQ(Library->Clients.back()->Log, SetupThen({"Connect(listener)", "Disconnect()"}));
+  NextAgent()->Script("GetFiles", During([this](TAgentCallContext& Call) {
+                        Answers.push_back(Call.Files->Overwrite("a.h", {}, 1, {}, 2));
+                      }));
+  Messages->Answers = {TMsgDlgBtn::mbNo};
+  EXPECT_TRUE(Manager->GetProfileFilesWithProgress(Profile));
+  EXPECT_EQ(Library->Clients.back()->Log,
+            SetupThen({"SetSysRoot(/cache/Mac)", "Connect(listener)", "GetFiles(/usr/include,1,*.h)", "Disconnect()"}));
+  EXPECT_EQ(Answers, std::vector<int>{0});
+  EXPECT_EQ(Display->Notices.front(), Notice(ptStart, -1, 1, "Updating Local File Cache") + "|close=1");
   TScriptedAgent Client;
   Client.Script("PutFile", Fails("no such file"));  // not examined
   Environment->Variables["ZEPH"] = "/opt/zeph/";    // a trailing delimiter is not doubled
