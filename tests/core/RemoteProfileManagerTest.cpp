@@ -74,10 +74,7 @@ TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
   } Rows[] = {
       {"", "Profile name cannot be blank"},
       {"a/b", Bad("a/b")},
-      {"why?", Bad("why?")},
-      {"tab\tname", Bad("tab\tname")},
-      {std::string(248, 'a'), Bad(std::string(248, 'a'))},  // "<name>.profile" must fit NAME_MAX
-      {" . ", Bad(" . ")},                                  // only dots and blanks: a directory, never a file
+      {" . ", Bad(" . ")},  // only dots and blanks: a directory, never a file
       {"..a", "untouched", pnveNone},
       {"mAC", "A profile named 'mAC' already exists", pnveDuplicate},  // in any case, on any platform
   };

@@ -30,11 +30,11 @@ class ProfileFiles : public TPersistenceFixture {
 };
 
 TEST_F(ProfileFiles, ANameHasAFileInTheApplicationDataDirectoryExactlyWhenTheManagerTakesIt) {
-  std::string Accented;  // 124 two-byte characters: 248 bytes
+  std::string Accented;  // 124 two-byte characters: 248 bytes, one more than "<name>.profile" leaves
   for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
   const TNames Taken{"Mac mini", "Zoë 東京", "a;b=c#[d]", "..a", std::string(247, 'L'), Accented.substr(0, 246)};
-  const TNames Refused{
-      "..", " . ", "../evil", "a/b", "a\\b", "/etc/passwd", "C:\\x", "a\x01", "a\x1f", Accented, std::string(248, 'L')};
+  const TNames Refused{"..",   " . ",   "../evil", "a/b",    "a\\b",   "/etc/passwd",        "C:\\x",
+                       "why?", "a\x01", "a\x1f",   "tab\tx", Accented, std::string(248, 'L')};
   M = TRemoteProfileManager::Create(Ini);
   std::string Message;
   for (const std::string& Name : Taken) {

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <functional>
 
 #include "PersistenceFixture.h"
@@ -28,14 +27,13 @@ class SettingsStore : public TPersistenceFixture {
 };
 
 TEST_F(SettingsStore, LoadReadsEachValueInTheFixedOrder) {
-  Store("Mac", "OSX32", {{"PathCount", "1"}});
+  Store("Mac", "OSX32");
   Ini->Log.clear();
   Load();
   EXPECT_EQ(Ini->Log, Then(Then({"ReadSections(RemoteProfiles)"},
                                 Calls("Read", "Mac",
                                       {"String:Platform", "String:HostName", "Integer:PortNumber", "String:Password",
-                                       "String:PassFile", "String:LocalRoot", "Integer:PathCount", "String:Path0",
-                                       "String:Mask0", "Bool:IncludeSubDir0", "Integer:Type0"})),
+                                       "String:PassFile", "String:LocalRoot", "Integer:PathCount"})),
                            {"ReadString(RemoteProfiles,Default_OSX32)"}));
 }
 
@@ -86,29 +84,25 @@ TEST_F(SettingsStore, EntriesThatCannotBeProfilesAreSkippedSilentlyAndAHeldNameI
   EXPECT_FALSE(Ini->HasSection("RemoteProfiles\\Old"));
 }
 
-TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachPlatformWithItsDefaultAfterTheFirst) {
+TEST_F(SettingsStore, SaveOptionsErasesThenWritesEachListWithItsDefaultAfterTheFirst) {
   const auto M = TRemoteProfileManager::Create(nullptr);
-  M->AddProfile("Droid", "Android", "d", 3, {"/d", false, true}, "", {}, false);
-  M->AddProfile("Mac", "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
+  M->AddProfile("Mac", "OSX32", "h", 1, {"/p", false, true}, "", {}, false);
   M->AddProfile("Mac2", "OSX32", "h", 2, {"enc:00", true, true}, "", {}, false);
   Store("Gone", "Symbian");  // skipped at load: the save drops it with its profile file
   WriteProfileFile("Gone.profile", "Gone", "Symbian");
   Ini->Log.clear();
   M->SaveOptions(*Ini);
   EXPECT_FALSE(fs::exists(AppData() / "Gone.profile"));
-  TNames Expected{"ReadSections(RemoteProfiles)", "EraseSection(RemoteProfiles)"};
-  for (const auto& [Name, Platform, Host, Port, Credential] :
-       std::vector<std::array<std::string, 5>>{{"Droid", "Android", "d", "3", "PassFile,/d"},
-                                               {"Mac", "OSX32", "h", "1", "Password,enc:00"},
-                                               {"Mac2", "OSX32", "h", "2", "Password,enc:00"}}) {
-    Expected =
-        Then(Expected, Calls("Write", Name,
-                             {"String:Platform," + Platform, "String:HostName," + Host, "Integer:PortNumber," + Port,
-                              "String:" + Credential, "String:LocalRoot,", "Integer:PathCount,0"}));
-    if (Name != "Mac2") Expected.push_back("WriteString(RemoteProfiles,Default_" + Platform + "," + Name + ")");
-  }
-  EXPECT_EQ(Ini->Log, Expected);
-  for (const char* File : {"Droid.profile", "Mac.profile", "Mac2.profile"}) EXPECT_TRUE(fs::exists(AppData() / File));
+  const auto Writes = [](const std::string& Name, const std::string& Port, const std::string& Credential) {
+    return Calls("Write", Name,
+                 {"String:Platform,OSX32", "String:HostName,h", "Integer:PortNumber," + Port, "String:" + Credential,
+                  "String:LocalRoot,", "Integer:PathCount,0"});
+  };
+  EXPECT_EQ(
+      Ini->Log,
+      Then(Then({"ReadSections(RemoteProfiles)", "EraseSection(RemoteProfiles)"}, Writes("Mac", "1", "PassFile,/p")),
+           Then({"WriteString(RemoteProfiles,Default_OSX32,Mac)"}, Writes("Mac2", "2", "Password,enc:00"))));
+  EXPECT_TRUE(fs::exists(AppData() / "Mac.profile") && fs::exists(AppData() / "Mac2.profile"));
   EXPECT_TRUE(Library->Encrypted.empty());  // nothing typed, nothing enciphered
 }
 
