@@ -31,11 +31,19 @@ TEST(Events, SendWalksTheSubscriptionsOfItsStartInOrderUntilAnException) {
 
 class ChangeNotification : public TManagerFixture {};
 
-TEST_F(ChangeNotification, NotifiersHearFirstAndOnlyExtendedOnesHearRunsAndDeploys) {
-  TEventRecorder Events;
-  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<>>("Gone", Events.Log)), 0);
+TEST_F(ChangeNotification, NotifiersHearFirstOnlyExtendedOnesHearRunsAndDeploysAndAFailingOneStopsARemoval) {
+  struct TFailing : TRecorder<> {
+    using TRecorder::TRecorder;
+    void ProfileRemoved(const IOTARemoteProfilePtr&) override { throw std::runtime_error("notifier failed"); }
+  };
+  TNames Unheard;
+  const auto Kept = Add(*Manager, "Kept", "Linux64");
+  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TFailing>("Gone", Unheard)), 0);
+  EXPECT_THROW(Manager->RemoveProfile(Kept), std::runtime_error);
+  EXPECT_EQ(Manager->GetProfile("Kept"), Kept);  // the failure came before the profile left
   Manager->RemoveNotifier(0);
   Manager->RemoveNotifier(5);  // no such slot: nothing
+  TEventRecorder Events;
   EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<IOTARemoteProfileNotifier>>("Basic", Events.Log)), 1);
   Manager->AddNotifier(std::make_shared<TRecorder<>>("Extended", Events.Log));
   const auto Act = [&](const std::string& Name) {
@@ -54,18 +62,6 @@ TEST_F(ChangeNotification, NotifiersHearFirstAndOnlyExtendedOnesHearRunsAndDeplo
                     "Changed(A2)", "Basic.Renamed(A2,A)", "Extended.Renamed(A2,A)", "Renamed(A2,A)",
                     "Extended.AfterRun(A2,true)", "AfterRun(A2,true)", "Extended.AfterDeploy(A2,false)",
                     "AfterDeploy(A2,false)", "Basic.Removed(A2)", "Extended.Removed(A2)", "Removed(A2)"}));
-}
-
-TEST_F(ChangeNotification, AFailingNotifierStopsRemoveProfileBeforeTheProfileLeaves) {
-  struct TFailing : TRecorder<> {
-    using TRecorder::TRecorder;
-    void ProfileRemoved(const IOTARemoteProfilePtr&) override { throw std::runtime_error("notifier failed"); }
-  };
-  TNames Log;
-  const auto P = Add(*Manager, "A", "Linux64");
-  Manager->AddNotifier(std::make_shared<TFailing>("Failing", Log));
-  EXPECT_THROW(Manager->RemoveProfile(P), std::runtime_error);
-  EXPECT_EQ(Manager->GetProfile("A"), P);
 }
 
 TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToShutdown) {

@@ -25,7 +25,6 @@ TEST_F(DefaultSdkPaths, BuiltInListsHold133EntriesForThreePlatformsOnly) {
   EXPECT_EQ(Summary(Device), "66: 1 36 14 15, 0");
   EXPECT_EQ(GetDefaultPaths("iOSSimulator").ToVector(),
             (std::vector<TItem>{{"/usr/include", "*", false, ptIncludePath}}));
-  EXPECT_EQ(OSX[0], (TItem{"/usr/include", "*", false, ptIncludePath}));
   EXPECT_EQ(OSX[65],
             (TItem{"/System/Library/Frameworks/CoreServices.framework/Frameworks", "CFNetwork", false, ptFramework}));
   EXPECT_EQ(Device[51], (TItem{"/usr/lib/system", "libsystem_m.dylib", false, ptLibraryPath}));  // after "/usr/lib"'s
@@ -43,9 +42,9 @@ TEST_F(DefaultSdkPaths, SetDefaultPathsWritesTheFileSaysSoAndLeavesThePlatformWi
   THestrelClientProfile Raw;
   ASSERT_TRUE(Raw.ReadProfileSettings(File)) << Raw.GetLastError();
   const std::string None = "Not-applicable for default profile paths";
-  EXPECT_EQ(Raw.GetProfileName() + "|" + Raw.GetHost() + "|" + Raw.GetSysRoot(false), None + "|" + None + "|" + None);
-  EXPECT_EQ(Raw.GetPlatform(), "iOSDevice");
-  EXPECT_EQ(Raw.GetPort(), 0);
+  EXPECT_EQ(Raw.GetProfileName() + "|" + Raw.GetHost() + "|" + Raw.GetSysRoot(false) + "|" + Raw.GetPlatform() + "|" +
+                std::to_string(Raw.GetPort()),
+            None + "|" + None + "|" + None + "|iOSDevice|0");
   EXPECT_EQ(Raw.GetCredential(), (TRACredential{"", false, false}));
   EXPECT_EQ(Raw.GetIncludePath(TIncludePathKind::Include), (TRAPathItems{{"/i", "*", true}}));
   EXPECT_EQ(Raw.GetIncludePath(TIncludePathKind::Framework), (TRAPathItems{{"/f", "F", false}}));

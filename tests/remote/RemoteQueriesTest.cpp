@@ -27,9 +27,7 @@ TEST_F(RemoteQueries, QueriesBetweenBeginAndEndOperationShareOneConnectionAndGiv
   EXPECT_FALSE(Manager->RemoteDirectoryExists(Profile, "/nope", nullptr));
   EXPECT_TRUE(Manager->RemoteDirectoryExists(Profile, "/usr", nullptr));
   const auto Listing = Manager->BrowseRemoteFileSystem(Profile, "/usr/include", 2, true, nullptr);
-  ASSERT_NE(Listing, nullptr);
-  EXPECT_EQ(Listing->size(), 2u);
-  EXPECT_EQ((*Listing)[1].Size, 12);
+  EXPECT_EQ(Listing ? Listing->back().Name + ":" + std::to_string(Listing->back().Size) : "none", "a.h:12");
   EXPECT_TRUE(Manager->CreateSymLink(Profile, "/target", "/link", nullptr));
   EXPECT_EQ(Manager->GetIOSLauncher(Profile, "MyApp", true, nullptr), "/usr/bin/ios-sim");
   EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), (TNames{"E=", "HOME=/Users/u", "PATH=/bin"}));
@@ -45,14 +43,8 @@ TEST_F(RemoteQueries, QueriesBetweenBeginAndEndOperationShareOneConnectionAndGiv
 
 TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValueAfterAskingTheCallback) {
   auto Callback = std::make_shared<TConnectionCallbackDouble>();
-  TAgentAnswer Asks = During(
-      [](TAgentCallContext& Call) {
-        Call.Connection->Retry();
-        Call.Connection->Abort();
-      },
-      false);
-  Asks.Error = "No route to host";
-  Agent->Script("Connect", Asks);
+  const auto Asks = [](TAgentCallContext& Call) { Call.Connection->Retry(), Call.Connection->Abort(); };
+  Agent->Script("Connect", {.Result = false, .Error = "No route to host", .During = Asks});
   Agent->Script("Connect", Fails());
   Agent->Script("Connect", Fails("No route to host"));
   Manager->BeginOperation(Profile);
