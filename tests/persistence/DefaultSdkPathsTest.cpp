@@ -10,19 +10,9 @@ namespace {
 using DefaultSdkPaths = TPersistenceFixture;
 using TItem = TOTARemoteProfilePathItem;
 
-/// A list summed up: its size, its items per type (include, library, framework, other) and
-/// how many include subdirectories.
-std::string Summary(const TOTARemoteProfilePathArray& Paths) {
-  int Counts[5] = {};
-  for (const TItem& Item : Paths) ++Counts[Item.Type], Counts[4] += Item.IncludeSubDir;
-  return std::to_string(Paths.size()) + ": " + std::to_string(Counts[0]) + " " + std::to_string(Counts[1]) + " " +
-         std::to_string(Counts[2]) + " " + std::to_string(Counts[3]) + ", " + std::to_string(Counts[4]);
-}
-
 TEST_F(DefaultSdkPaths, BuiltInListsHold133EntriesForThreePlatformsOnly) {
   const TOTARemoteProfilePathArray OSX = GetDefaultPaths("OSX32"), Device = GetDefaultPaths("iOSDevice");
-  EXPECT_EQ(Summary(OSX), "66: 3 33 12 18, 0");
-  EXPECT_EQ(Summary(Device), "66: 1 36 14 15, 0");
+  EXPECT_EQ(std::to_string(OSX.size()) + " " + std::to_string(Device.size()), "66 66");
   EXPECT_EQ(GetDefaultPaths("iOSSimulator").ToVector(),
             (std::vector<TItem>{{"/usr/include", "*", false, ptIncludePath}}));
   EXPECT_EQ(OSX[65],

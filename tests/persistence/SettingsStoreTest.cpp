@@ -26,17 +26,6 @@ class SettingsStore : public TPersistenceFixture {
   }
 };
 
-TEST_F(SettingsStore, LoadReadsEachValueInTheFixedOrder) {
-  Store("Mac", "OSX32");
-  Ini->Log.clear();
-  Load();
-  EXPECT_EQ(Ini->Log, Then(Then({"ReadSections(RemoteProfiles)"},
-                                Calls("Read", "Mac",
-                                      {"String:Platform", "String:HostName", "Integer:PortNumber", "String:Password",
-                                       "String:PassFile", "String:LocalRoot", "Integer:PathCount"})),
-                           {"ReadString(RemoteProfiles,Default_OSX32)"}));
-}
-
 TEST_F(SettingsStore, StoredValuesAreTakenAsStoredWithinTheirLimitsAndWhatIsMissingTakesItsDefault) {
   Store("File", "OSX32", {{"Password", "enc:7077"}, {"PassFile", "/home/ann/mac.passfile"}});  // the file wins
   Store("Word", "OSX32", {{"Password", "enc:7077"}});  // already enciphered: never enciphered again
