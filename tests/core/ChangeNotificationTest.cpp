@@ -1,5 +1,6 @@
 // Change notification: the event lists, SendNotify with the notifier registry, the monitor
-// that keeps projects in step, and what start-up and shut-down register with the host.
+// that keeps projects in step, what start-up and shut-down register with the host, and the
+// build-environment defaults.
 #include <gtest/gtest.h>
 
 #include "CoreTestSupport.h"
@@ -30,11 +31,19 @@ TEST(Events, SendWalksTheSubscriptionsOfItsStartInOrderUntilAnException) {
 
 class ChangeNotification : public TManagerFixture {};
 
-TEST_F(ChangeNotification, NotifiersHearFirstAndOnlyExtendedOnesHearRunsAndDeploys) {
-  TEventRecorder Events;
-  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<>>("Gone", Events.Log)), 0);
+TEST_F(ChangeNotification, NotifiersHearFirstOnlyExtendedOnesHearRunsAndDeploysAndAFailingOneStopsARemoval) {
+  struct TFailing : TRecorder<> {
+    using TRecorder::TRecorder;
+    void ProfileRemoved(const IOTARemoteProfilePtr&) override { throw std::runtime_error("notifier failed"); }
+  };
+  TNames Unheard;
+  const auto Kept = Add(*Manager, "Kept", "Linux64");
+  EXPECT_EQ(Manager->AddNotifier(std::make_shared<TFailing>("Gone", Unheard)), 0);
+  EXPECT_THROW(Manager->RemoveProfile(Kept), std::runtime_error);
+  EXPECT_EQ(Manager->GetProfile("Kept"), Kept);  // the failure came before the profile left
   Manager->RemoveNotifier(0);
   Manager->RemoveNotifier(5);  // no such slot: nothing
+  TEventRecorder Events;
   EXPECT_EQ(Manager->AddNotifier(std::make_shared<TRecorder<IOTARemoteProfileNotifier>>("Basic", Events.Log)), 1);
   Manager->AddNotifier(std::make_shared<TRecorder<>>("Extended", Events.Log));
   const auto Act = [&](const std::string& Name) {
@@ -55,27 +64,12 @@ TEST_F(ChangeNotification, NotifiersHearFirstAndOnlyExtendedOnesHearRunsAndDeplo
                     "AfterDeploy(A2,false)", "Basic.Removed(A2)", "Extended.Removed(A2)", "Removed(A2)"}));
 }
 
-TEST_F(ChangeNotification, AFailingNotifierStopsRemoveProfileBeforeTheProfileLeaves) {
-  struct TFailing : TRecorder<> {
-    using TRecorder::TRecorder;
-    void ProfileRemoved(const IOTARemoteProfilePtr&) override { throw std::runtime_error("notifier failed"); }
-  };
-  TNames Log;
-  const auto P = Add(*Manager, "A", "Linux64");
-  Manager->AddNotifier(std::make_shared<TFailing>("Failing", Log));
-  EXPECT_THROW(Manager->RemoveProfile(P), std::runtime_error);
-  EXPECT_EQ(Manager->GetProfile("A"), P);
-}
-
-TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToTheLastShutdown) {
+TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToShutdown) {
   const auto App = Projects->AddProject();
   const auto Plain = Projects->AddProject(/*OffersPlatforms=*/false);
   App->Profiles = {{"Linux64", "BOX"}, {"OSX32", "Box"}};  // the same name on another platform stays
   Plain->Profiles = {{"Linux64", "Box"}};
   RemoteProfileManagerStartup();
-  RemoteProfileManagerStartup();  // counted: no second monitor, no second declaration
-  EXPECT_EQ(Environment->Declared,
-            (TMemIniFile::TValues{{"ZEPHPROFILESDIR", Environment->DocumentsDir + "/Profiles"}}));
   const auto Box = Add(*Manager, "Box", "Linux64");
   Box->SetName("Server");
   EXPECT_EQ(App->Profiles, (std::map<std::string, std::string>{{"Linux64", "Server"}, {"OSX32", "Box"}}));
@@ -85,29 +79,25 @@ TEST_F(ChangeNotification, TheMonitorKeepsTheOpenProjectsInStepFromStartupToTheL
   Projects->GroupOpen = false;  // without an open group nothing is touched
   Manager->RemoveProfile(Add(*Manager, "Box", "OSX32"));
   Projects->GroupOpen = true;
-  TRemoteProfileManager::FSelectedProfile = "Box";
   RemoteProfileManagerShutdown();
-  EXPECT_TRUE(RemoteProfileMonitorActive());
-  RemoteProfileManagerShutdown();
-  RemoteProfileManagerShutdown();  // one more than start-ups: nothing
   EXPECT_FALSE(RemoteProfileMonitorActive());
-  EXPECT_EQ(TRemoteProfileManager::FSelectedProfile, "");
   Manager->RemoveProfile(Add(*Manager, "Box", "OSX32"));  // nobody listens any more
   EXPECT_EQ(App->GetProfile("OSX32"), "Box");
 }
 
-TEST_F(ChangeNotification, TheEnvFileRoutineWritesEachPlatformsStoredDefault) {
-  Ini->WriteString("RemoteProfiles", "Default_OSX32", "Mac");
+TEST_F(ChangeNotification, TheEnvFileGetsEachPlatformsDefaultInTheHostsOrderFromTheManagerOrTheStore) {
+  Platforms->Platforms = {{"Win32", ""}, {"iOSDevice", ""}, {"Linux64", ""}};
+  Add(*Manager, "Mac", "OSX32");    // the default of its child platforms too
+  Add(*Manager, "Local", "Win32");  // local targets never have a remote default
+  Manager->WriteEnvOptions();
   Ini->WriteString("RemoteProfiles", "Default_Linux64", "Box");
-  SaveEnvFileDefaults(*EnvFile);
-  EXPECT_EQ(Joined(EnvFile->Log),
-            "\nGroup '$(Platform)'=='Win32' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Win64' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='OSX32' Set DefaultProfile=Mac"
-            "\nGroup '$(Platform)'=='iOSDevice' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='iOSSimulator' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Android' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Linux64' Set DefaultProfile=Box");
+  SaveEnvFileDefaults(*EnvFile);  // what the store holds, whatever the manager holds
+  EXPECT_EQ(EnvFile->Log,
+            (TNames{"Begin", "Group '$(Platform)'=='Win32'",
+                    "Set DefaultProfile=", "Group '$(Profile)'=='' And '$(Platform)'=='iOSDevice'", "Set Profile=Mac",
+                    "Group '$(Platform)'=='Linux64'", "Set DefaultProfile=", "End", "Group '$(Platform)'=='Win32'",
+                    "Set DefaultProfile=", "Group '$(Platform)'=='iOSDevice'",
+                    "Set DefaultProfile=", "Group '$(Platform)'=='Linux64'", "Set DefaultProfile=Box"}));
 }
 
 }  // namespace

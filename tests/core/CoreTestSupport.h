@@ -1,5 +1,5 @@
 // Shared helpers of the core tests: a recorder of notifications, the manager fixture, and
-// quick ways to add and list profiles.
+// a quick way to add profiles.
 #pragma once
 
 #include <functional>
@@ -8,8 +8,6 @@
 
 #include "core/RemoteProfileManager.h"
 #include "doubles/HostDoubles.h"
-
-using TNames = std::vector<std::string>;
 
 inline std::string NameOf(const IOTARemoteProfilePtr& P) { return P ? P->GetName() : "nil"; }
 
@@ -61,21 +59,6 @@ using TEventRecorder = TRecorder<>;
 inline IOTARemoteProfilePtr Add(TRemoteProfileManager& Manager, const std::string& Name, const std::string& Platform,
                                 bool AsDefault = false) {
   return Manager.AddProfile(Name, Platform, Name + ".example", 64211, {"enc", true, true}, "", {}, AsDefault);
-}
-
-/// Names of a platform's list, in order.
-inline TNames NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {
-  TNames Names;
-  for (std::int32_t I = 0; I < Manager.GetProfileCount(Platform); ++I)
-    Names.push_back(NameOf(Manager.GetProfile(Platform, I)));
-  return Names;
-}
-
-/// Log lines one to a line, each "Set ..." on the line of the group it writes to.
-inline std::string Joined(const TNames& Lines) {
-  std::string Text;
-  for (const auto& Line : Lines) Text += (Line.starts_with("Set ") ? " " : "\n") + Line;
-  return Text;
 }
 
 /// The host doubles and an editable manager (no settings store).

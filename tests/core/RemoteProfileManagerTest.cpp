@@ -1,5 +1,5 @@
 // The profile manager: per-platform lists and defaults, name checks, re-filing, merging an
-// edited copy, the build-environment defaults and the process-wide manager.
+// edited copy and the process-wide manager.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -47,12 +47,10 @@ TEST_F(ProfileManager, TheFrontOfAParentPlatformsListIsItsDefault) {
   for (const auto& [Found, Expected] : Lookups) EXPECT_EQ(NameOf(Found), Expected);
   TEventRecorder Events;
   Stranger->SetHostName("still.here");  // nobody hears
-  Manager->SetAsDefaultForPlatform(B);
+  Manager->SetAsDefaultForPlatform(B);  // no change of any profile
   EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"B", "C", "A"}));
-  Manager->SetAsDefaultForPlatform(B);
   Manager->SetAsDefaultForPlatform(nullptr);
   Manager->RemoveProfile(nullptr);
-  EXPECT_TRUE(Events.Log.empty());  // a new default is no change of any profile
   Manager->RemoveProfile(B);
   EXPECT_EQ(Manager->GetDefaultForPlatform("iOSSimulator"), C);
   Manager->RemoveProfile(C);
@@ -65,8 +63,6 @@ TEST_F(ProfileManager, TheFrontOfAParentPlatformsListIsItsDefault) {
 
 TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
   Add(*Manager, "Mac", "OSX32");
-  std::string Accented;  // 124 characters, 248 bytes
-  for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
   const auto Bad = [](const std::string& Name) {
     return "'" + Name + "' is not a valid profile name.  A profile name must be a valid filename";
   };
@@ -76,14 +72,7 @@ TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
   } Rows[] = {
       {"", "Profile name cannot be blank"},
       {"a/b", Bad("a/b")},
-      {"a\\b", Bad("a\\b")},
-      {"why?", Bad("why?")},
-      {"tab\tname", Bad("tab\tname")},
-      {std::string(248, 'a'), Bad(std::string(248, 'a'))},  // "<name>.profile" must fit NAME_MAX
-      {Accented, Bad(Accented)},                            // bytes count, not characters
-      {Accented.substr(0, 246), "untouched", pnveNone},
-      {"..", Bad("..")},  // only dots and blanks: a directory, never a file
-      {" . ", Bad(" . ")},
+      {" . ", Bad(" . ")},  // only dots and blanks: a directory, never a file
       {"..a", "untouched", pnveNone},
       {"mAC", "A profile named 'mAC' already exists", pnveDuplicate},  // in any case, on any platform
   };
@@ -93,97 +82,56 @@ TEST_F(ProfileManager, NameChecksRunBlankThenFileNameThenDuplicate) {
     EXPECT_EQ(Message, Row.Message);
     EXPECT_EQ(Manager->ValidateProfileName(Row.Name), Row.Error == pnveNone);
     if (Row.Error == pnveNone) continue;
+    EXPECT_EQ(Messages->Shown.at(0).Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
+    ExpectOneMessage(Row.Message);
     EXPECT_THAT([&] { Add(*Manager, Row.Name, "Android"); }, ThrowsMessage<ENonAIRException>(Row.Message));
-    EXPECT_EQ(Messages->Shown.back().Text, Row.Message);
-    EXPECT_EQ(Messages->Shown.back().Kind, TMsgDlgType::mtError);
-    EXPECT_EQ(Messages->Shown.back().Buttons, (TMsgDlgButtons{TMsgDlgBtn::mbOK}));
   }
-  EXPECT_EQ(Messages->Shown.size(), 10u);
+  EXPECT_TRUE(Messages->Shown.empty());                    // only the check that answers yes or no shows the message
   EXPECT_EQ(Manager->GetProfiles().count("Android"), 0u);  // a refused name makes no list
 }
 
 TEST_F(ProfileManager, RenameAndPlatformChangeRefileTheProfile) {
-  Add(*Manager, "L1", "Linux64");
   const auto A = Add(*Manager, "A", "Android");
   TEventRecorder Events;
-  A->SetPlatformName("Linux64");
   A->SetName("Studio");
-  EXPECT_EQ(Events.Log, (TNames{"Changed(A)", "Changed(Studio)", "Renamed(Studio,A)"}));  // re-filing adds nothing
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (TNames{"L1", "Studio"}));
-  EXPECT_EQ(Manager->GetProfileCount("Android"), 0);
+  A->SetPlatformName("Linux64");
+  EXPECT_EQ(Events.Log, (TNames{"Changed(Studio)", "Renamed(Studio,A)", "Changed(Studio)"}));  // re-filing adds nothing
+  A->SetPlatformName("iOSDevice");  // straight to a child platform: filed once, under the parent
+  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"Studio"}));
+  EXPECT_EQ(A->GetPlatformName() + " " + std::to_string(Manager->GetProfileCount("Android")) + " " +
+                std::to_string(Manager->GetProfileCount("Linux64")),
+            "OSX32 0 0");
   EXPECT_THAT([&] { Add(*Manager, "STUDIO", "Android"); },
               ThrowsMessage<ENonAIRException>("A profile named 'STUDIO' already exists"));
   EXPECT_NO_THROW(Add(*Manager, "A", "Android"));
-  // Straight to a child platform: filed once, under the parent.
-  Manager->GetProfile("A")->SetPlatformName("iOSDevice");
-  EXPECT_EQ(NamesOf(*Manager, "OSX32"), (TNames{"A"}));
-  EXPECT_EQ(Manager->GetProfile("a")->GetPlatformName(), "OSX32");
-}
-
-TEST_F(ProfileManager, WriteEnvOptionsWritesEachPlatformsDefaultInTheHostsOrder) {
-  Add(*Manager, "Mac", "OSX32");
-  Add(*Manager, "Local", "Win32");
-  Add(*Manager, "Box", "Linux64");
-  Manager->WriteEnvOptions();
-  EXPECT_EQ(Joined(EnvFile->Log),
-            "\nBegin"
-            "\nGroup '$(Platform)'=='Win32' Set DefaultProfile="
-            "\nGroup '$(Platform)'=='Win64' Set DefaultProfile="
-            "\nGroup '$(Profile)'=='' And '$(Platform)'=='OSX32' Set Profile=Mac"
-            "\nGroup '$(Profile)'=='' And '$(Platform)'=='iOSDevice' Set Profile=Mac"
-            "\nGroup '$(Profile)'=='' And '$(Platform)'=='iOSSimulator' Set Profile=Mac"
-            "\nGroup '$(Platform)'=='Android' Set DefaultProfile="
-            "\nGroup '$(Profile)'=='' And '$(Platform)'=='Linux64' Set Profile=Box"
-            "\nEnd");
 }
 
 TEST_F(ProfileManager, TheProcessWideManagerIsLoadedOnceFromTheStoreInstalledAtTheFirstCall) {
   Ini->WriteString("RemoteProfiles\\Mac", "Platform", "OSX32");
-  Ini->Log.clear();
   const TRemoteProfileManagerPtr M = RemoteProfileMgr();
-  EXPECT_EQ(Ini->Log.at(0), "ReadSections(RemoteProfiles)");
-  EXPECT_EQ(NamesOf(*M, "OSX32"), (TNames{"Mac"}));
-  Ini->Log.clear();
+  Ini->WriteString("RemoteProfiles\\Box", "Platform", "OSX32");
   Host.AppIniFile = std::make_shared<TMemIniFile>();
   Reinstall();
   EXPECT_EQ(RemoteProfileMgr(), M);
   EXPECT_EQ(M->GetSettings(), Ini);
-  EXPECT_TRUE(Ini->Log.empty());  // not loaded again
+  EXPECT_EQ(NamesOf(*M, "OSX32"), (TNames{"Mac"}));  // loaded once, at the first call
 }
 
-TEST_F(ProfileManager, AssignUpdatesInPlaceAddsNewOnesAndTakesTheCopysDefaults) {
-  const auto Mac = Add(*Manager, "Mac", "OSX32");
-  Add(*Manager, "A", "Linux64");
-  Add(*Manager, "B", "Linux64");
-  const auto Copy = TRemoteProfileManager::Create(nullptr);  // as the options page edits it
-  Add(*Copy, "MAC", "OSX32")->SetHostName("new.host");       // a change of case only is not taken
-  Copy->GetProfile("Mac")->SetPortNumber(1234);
-  Add(*Copy, "B", "Linux64");
-  Add(*Copy, "A", "Linux64");
-  Add(*Copy, "Droid", "Android");
-  TEventRecorder Events;
-  Manager->Assign(Copy);
-  EXPECT_EQ(Events.Log, (TNames{"Added(Droid)", "Changed(Mac)"}));  // one change for two fields
-  EXPECT_EQ(Manager->GetProfile("mac"), Mac);
-  EXPECT_EQ(Mac->GetName() + " " + Mac->GetHostName() + ":" + std::to_string(Mac->GetPortNumber()),
-            "Mac new.host:1234");
-  EXPECT_EQ(NamesOf(*Manager, "Linux64"), (TNames{"B", "A"}));
-}
-
-TEST_F(ProfileManager, AssignKeepsTheObjectOfAnAnnouncedRenameAndReplacesAnUnannouncedOne) {
+TEST_F(ProfileManager, AssignUpdatesInPlaceAndKeepsTheObjectOfAnAnnouncedRenameButNotOfAnUnannouncedOne) {
   const auto Live = Stored({"Old1", "Old2", "Keep"});
-  const auto Old1 = Live->GetProfile("Old1");
-  const auto Old2 = Live->GetProfile("Old2");
+  const auto Keep = Live->GetProfile("Keep");
+  Add(*Manager, "KEEP", "Linux64")->SetHostName("new.host");  // a change of case only is not taken
+  Manager->GetProfile("Keep")->SetPortNumber(1234);
   Add(*Manager, "New1", "Linux64");
-  Add(*Manager, "Keep", "Linux64");
   Add(*Manager, "New2", "Linux64")->SetHostName("Old2.example");  // nothing else changed
   TEventRecorder Events;
   Live->NotifyRenames({{"Old2", "New2"}});
   Live->Assign(Manager);
-  EXPECT_EQ(Events.Log, (TNames{"Changed(New2)", "Renamed(New2,Old2)", "Added(New1)", "Removed(Old1)"}));
-  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"New1", "New2", "Keep"}));  // the copy's default first
-  EXPECT_EQ(Live->GetProfile("New2"), Old2);
-  EXPECT_NE(Live->GetProfile("New1"), Old1);
+  EXPECT_EQ(Events.Log,  // objects kept and replaced as announced; one change for two fields
+            (TNames{"Changed(New2)", "Renamed(New2,Old2)", "Changed(Keep)", "Added(New1)", "Removed(Old1)"}));
+  EXPECT_EQ(NamesOf(*Live, "Linux64"), (TNames{"Keep", "New2", "New1"}));  // the copy's default first
+  EXPECT_EQ(Keep->GetName() + " " + Keep->GetHostName() + ":" + std::to_string(Keep->GetPortNumber()),
+            "Keep new.host:1234");
   EXPECT_FALSE(HasFile("Old1") || HasFile("Old2") || Ini->HasSection("RemoteProfiles\\Old1"));
   EXPECT_TRUE(HasFile("New1") && HasFile("New2") && Ini->HasSection("RemoteProfiles\\New1"));  // all written again
 }

@@ -63,22 +63,12 @@ TEST(RemoteProfile, EachSetterFiresExactlyTheExpectedCallbacks) {
        {"Change", "|", "Change", "PlatformChange(OSX32)", "|", "Change"}},
       {"Begin Begin Host=other Port=1 End | End | Begin End", {"|", "Change", "|"}},  // once, at the outermost end
       {"End Host=other Begin", {}},  // an unbalanced end holds changes back
-      {"Name=Office Root?",
-       {"Change", "Change", "NameChange(Mac)", "C:\\Users\\me\\Office\\sdk"},
-       "C:\\Users\\me\\Mac\\sdk"},
       {"Name=Office Root?", {"Change", "Change", "NameChange(Mac)", "/home/u/SDKs/Office"}, "/home/u/SDKs/Mac"},
       {"Begin Platform=Linux64 Name=Box | End", {"PlatformChange(OSX32)", "NameChange(Mac)", "|", "Change"}, "C:\\Mac"},
       {"Typed=secret Stored? Typed=new Stored?", {"stored", "Change", "typed"}},  // IsEncrypted alone is no change
       {"Paths=one Mask=*.h Paths=same Mask? Paths=copy", {"Change", "*.h", "Change"}},  // identity, not contents
   };
   for (const auto& Case : Cases) EXPECT_EQ(Fired(Case.Root, Case.Steps), Case.Expected) << Case.Steps;
-}
-
-TEST(RemoteProfileCredential, ConvertsFieldForFieldBothWays) {
-  TRACredential Agent;
-  TOTARemoteProfileCredential2TRACredential({"/home/me/x.passfile", false, true}, Agent);
-  EXPECT_EQ(Agent, (TRACredential{"/home/me/x.passfile", false, true}));
-  EXPECT_EQ(ToOTACredential({"typed", true, false}), (TOTARemoteProfileCredential{"typed", true, false}));
 }
 
 }  // namespace

@@ -51,6 +51,13 @@ std::string TEnvironmentDouble::ExpandRootMacro(const std::string& Text) const {
   return Result + Text.substr(I);
 }
 
+TNames NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {
+  TNames Names;
+  for (std::int32_t I = 0; I < Manager.GetProfileCount(Platform); ++I)
+    Names.push_back(Manager.GetProfile(Platform, I)->GetName());
+  return Names;
+}
+
 std::filesystem::path MakeTempDir(const std::string& Tag) {
   std::string Pattern = (std::filesystem::temp_directory_path() / ("zeph-" + Tag + "-XXXXXX")).string();
   if (!mkdtemp(Pattern.data())) throw std::runtime_error("mkdtemp failed");
@@ -76,4 +83,11 @@ void THostFixture::TearDown() {
   SetHostServices(FPrevious);
   std::error_code Ignored;
   std::filesystem::remove_all(TempDir, Ignored);
+}
+
+void THostFixture::ExpectOneMessage(const std::string& Text, TMsgDlgType Kind) {
+  ASSERT_EQ(Messages->Shown.size(), 1u);
+  EXPECT_EQ(Messages->Shown[0].Text, Text);
+  EXPECT_EQ(Messages->Shown[0].Kind, Kind);
+  Messages->Shown.clear();
 }

@@ -14,6 +14,19 @@
 #include "doubles/MemIniFile.h"
 #include "host/HostServices.h"
 
+class TRemoteProfileManager;
+
+using TNames = std::vector<std::string>;
+
+/// Head followed by More.
+inline TNames Then(TNames Head, const TNames& More) {
+  Head.insert(Head.end(), More.begin(), More.end());
+  return Head;
+}
+
+/// Names of a platform's list, in order.
+TNames NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform);
+
 /// Records every message box (text, kind, buttons) and answers from a script; with the
 /// script empty it answers the first button offered.
 class TMessageBoxDouble : public IOTAMessageServices {
@@ -52,8 +65,8 @@ class TEnvironmentDouble : public IOTAEnvironment {
     Variables.try_emplace(Name, DefaultValue);
   }
   bool IsVariableSet(const std::string& N) const override {
-    return Variables.contains(N) && std::find(Declared.begin(), Declared.end(), std::pair(N, Variables.at(N))) ==
-                                        Declared.end();
+    return Variables.contains(N) &&
+           std::find(Declared.begin(), Declared.end(), std::pair(N, Variables.at(N))) == Declared.end();
   }
   std::string ExpandRootMacro(const std::string& Text) const override;
   std::string AppDataDir;
@@ -120,6 +133,8 @@ class THostFixture : public ::testing::Test {
   void TearDown() override;
   /// Installs Host again, after a test changed its members.
   void Reinstall() { SetHostServices(Host); }
+  /// The one message shown so far is Text, of kind Kind; forgets it.
+  void ExpectOneMessage(const std::string& Text, TMsgDlgType Kind = TMsgDlgType::mtError);
 
   std::filesystem::path TempDir;
   std::shared_ptr<TMemIniFile> Ini;

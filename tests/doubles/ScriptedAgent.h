@@ -47,24 +47,18 @@ class TScriptedAgent : public TRAClient {
   /// Queues Answer for the next call named Call ("Connect", "PutFile", "GetFiles", ...). A
   /// call without a queued answer succeeds without error or output.
   void Script(const std::string& Call, TAgentAnswer Answer) { FQueued[Call].push_back(std::move(Answer)); }
-  /// Log without the questions IsConnected() and GetLastError().
-  std::vector<std::string> Actions() const {
-    std::vector<std::string> Result = Log;
-    std::erase_if(Result, [](const std::string& E) { return E == "IsConnected()" || E == "GetLastError()"; });
-    return Result;
-  }
 
-  mutable std::vector<std::string> Log;       ///< every call, in order, without listener arguments
+  std::vector<std::string> Log;  ///< every call but the questions IsConnected() and GetLastError(), in order
   std::vector<IFileListener*> FileListeners;  ///< the file listener of each transfer call
   bool Connected = false;
-  std::string Name, HostName, LastError;
-  std::int32_t Port = 0;
+  std::string LastError;
 
-  std::string GetName() const override { return Name; }
-  std::string GetHostName() const override { return HostName; }
-  void SetHostName(const std::string& Value) override { Log.push_back(AgentCall("SetHostName", HostName = Value)); }
-  std::int32_t GetPort() const override { return Port; }
-  void SetPort(std::int32_t Value) override { Log.push_back(AgentCall("SetPort", Port = Value)); }
+  // The system only sets a client's settings; what it would read back is not kept.
+  std::string GetName() const override { return {}; }
+  std::string GetHostName() const override { return {}; }
+  void SetHostName(const std::string& Value) override { Log.push_back(AgentCall("SetHostName", Value)); }
+  std::int32_t GetPort() const override { return 0; }
+  void SetPort(std::int32_t Value) override { Log.push_back(AgentCall("SetPort", Value)); }
   void SetPlatform(const std::string& Value) override { Log.push_back(AgentCall("SetPlatform", Value)); }
   void SetCredential(const TRACredential& Value) override {
     Log.push_back(AgentCall("SetCredential", Value.PasswordOrFile, Value.IsPassword, Value.IsEncrypted));
@@ -74,8 +68,8 @@ class TScriptedAgent : public TRAClient {
     return Connected = Play({Listener}, "Connect", Listener ? "listener" : "").Result;
   }
   void Disconnect() override { Log.push_back("Disconnect()"), Connected = false; }
-  bool IsConnected() const override { return Log.push_back("IsConnected()"), Connected; }
-  std::string GetLastError() const override { return Log.push_back("GetLastError()"), LastError; }
+  bool IsConnected() const override { return Connected; }
+  std::string GetLastError() const override { return LastError; }
   bool PutFile(const std::string& RemoteDir, const std::string& LocalFile, std::int32_t Attributes,
                const std::string& RemoteName, IFileListener* Listener) override {
     return Transfer({nullptr, Listener}, "PutFile", RemoteDir, LocalFile, Attributes, RemoteName);
@@ -164,7 +158,6 @@ class TScriptedAgentLibrary : public TRAClientFactory {
     CreateClientCalls.push_back(AgentCall("CreateClient", Name, VirtualFile));
     TScriptedAgentPtr Client = Prepared.empty() ? std::make_shared<TScriptedAgent>() : Prepared.front();
     if (!Prepared.empty()) Prepared.pop_front();
-    Client->Name = Name;
     return Clients.emplace_back(Client);
   }
   std::unique_ptr<TRAClientProfile> CreateProfile() override { return nullptr; }
@@ -172,6 +165,6 @@ class TScriptedAgentLibrary : public TRAClientFactory {
 
   std::vector<std::string> CreateClientCalls;  ///< "CreateClient(name,virtualfile)"
   std::vector<TScriptedAgentPtr> Clients;      ///< every client handed out, in order
-  std::deque<TScriptedAgentPtr> Prepared;      ///< handed out first, in order (named on hand-out)
+  std::deque<TScriptedAgentPtr> Prepared;      ///< handed out first, in order
 };
 using TScriptedAgentLibraryPtr = std::shared_ptr<TScriptedAgentLibrary>;

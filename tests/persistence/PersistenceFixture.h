@@ -13,12 +13,6 @@
 #include "persistence/ProfileFiles.h"
 
 namespace fs = std::filesystem;
-using Texts = std::vector<std::string>;
-
-inline Texts Then(Texts Head, const Texts& More) {
-  Head.insert(Head.end(), More.begin(), More.end());
-  return Head;
-}
 
 class TPersistenceFixture : public THostFixture {
  protected:
@@ -60,20 +54,6 @@ class TPersistenceFixture : public THostFixture {
     return P->GetName() + "|" + P->GetPlatformName() + "|" + P->GetHostName() + "|" +
            std::to_string(P->GetPortNumber()) + "|" + C.PasswordOrFile + "," + std::to_string(C.IsPassword) + "," +
            std::to_string(C.IsEncrypted) + "|" + P->GetSystemRoot() + "|" + std::to_string(P->GetPaths().size());
-  }
-  /// Names of a platform's list, in order.
-  static Texts NamesOf(const TRemoteProfileManager& Manager, const std::string& Platform) {
-    Texts Names;
-    for (std::int32_t I = 0; I < Manager.GetProfileCount(Platform); ++I)
-      Names.push_back(Manager.GetProfile(Platform, I)->GetName());
-    return Names;
-  }
-  /// The one message shown so far, with its kind; forgets it.
-  void ExpectOneMessage(const std::string& Text, TMsgDlgType Kind = TMsgDlgType::mtError) {
-    ASSERT_EQ(Messages->Shown.size(), 1u);
-    EXPECT_EQ(Messages->Shown[0].Text, Text);
-    EXPECT_EQ(Messages->Shown[0].Kind, Kind);
-    Messages->Shown.clear();
   }
 
   std::shared_ptr<TProfileFileLibrary> Library = std::make_shared<TProfileFileLibrary>();

@@ -1,11 +1,14 @@
 // Profile files: their names, LoadProfileFile, import (LoadProfile), export (SaveProfile
 // with a file name) and MergeRemoteProfile.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "PersistenceFixture.h"
 #include "common/AtomicFile.h"
 
 namespace {
+
+using ::testing::ThrowsMessage;
 
 class ProfileFiles : public TPersistenceFixture {
  protected:
@@ -26,21 +29,31 @@ class ProfileFiles : public TPersistenceFixture {
   TOTARemoteProfilePathArray Paths{{"/stale", "*", false, ptIncludePath}};
 };
 
-TEST_F(ProfileFiles, OnlyANameTheManagerTakesForAFileNameHasAFileInTheApplicationDataDirectory) {
-  Texts Names{"",    "Mac", " Mac ", "..",  ".",   " .. ", "a/b",  "a\\b",     "/etc/passwd", "../x",    "C:\\x",
-              "a*b", "a?b", "a\"b",  "a<b", "a>b", "a|b",  "\x7f", "Zoë 東京", "a;b=c#[d]",   "Mac mini"};
-  for (int C = 1; C < 0x20; ++C) Names.push_back("a" + std::string(1, static_cast<char>(C)));
-  for (std::size_t Bytes : {240u, 247u, 248u, 300u}) Names.push_back(std::string(Bytes, 'n'));
-  std::string Accented;  // 124 two-byte characters: 248 bytes
+TEST_F(ProfileFiles, ANameHasAFileInTheApplicationDataDirectoryExactlyWhenTheManagerTakesIt) {
+  std::string Accented;  // 124 two-byte characters: 248 bytes, one more than "<name>.profile" leaves
   for (int I = 0; I < 124; ++I) Accented += "\xc3\xa9";
-  Names.insert(Names.end(), {Accented, Accented.substr(0, 246)});
-  for (const std::string& Name : Names) {
-    std::string Message;
-    const fs::path File = TRemoteProfileManager::GetProfileFileName(Name);
-    EXPECT_EQ(File.empty(), M->InternalValidateProfileName(Name, Message) == pnveBadFileName) << Name;
-    EXPECT_TRUE(File.empty() || File == AppData() / (Name + ".profile")) << Name;
-    EXPECT_TRUE(File.empty() || File.lexically_normal().parent_path() == AppData()) << Name;  // "..": still inside
+  const TNames Taken{"Mac mini", "Zoë 東京", "a;b=c#[d]", "..a", std::string(247, 'L'), Accented.substr(0, 246)};
+  const TNames Refused{"..",   " . ",   "../evil", "a/b",    "a\\b",   "/etc/passwd",        "C:\\x",
+                       "why?", "a\x01", "a\x1f",   "tab\tx", Accented, std::string(248, 'L')};
+  M = TRemoteProfileManager::Create(Ini);
+  std::string Message;
+  for (const std::string& Name : Taken) {
+    EXPECT_EQ(M->InternalValidateProfileName(Name, Message), pnveNone) << Name;
+    EXPECT_EQ(TRemoteProfileManager::GetProfileFileName(Name), (AppData() / (Name + ".profile")).string());
+    M->AddProfile(Name, "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
   }
+  for (const std::string& Name : Refused) {
+    EXPECT_EQ(M->InternalValidateProfileName(Name, Message), pnveBadFileName) << Name;
+    EXPECT_EQ(TRemoteProfileManager::GetProfileFileName(Name), "") << Name;
+    EXPECT_FALSE(M->LoadProfile(WriteProfileFile("bad.profile", Name, "OSX32"))) << Name;
+    ExpectOneMessage("'" + Name + "' is not a valid profile name.  A profile name must be a valid filename");
+    EXPECT_THROW(M->SaveProfileFile("", Name, "OSX32", "h", 1, {}, "", {}, {}, {}, {}), EProfileFileError);
+  }
+  M->SaveOptions(*Ini);  // the temporary file of a 255-byte name must not be longer
+  for (const std::string& Name : Taken) EXPECT_TRUE(fs::is_regular_file(AppData() / (Name + ".profile"))) << Name;
+  EXPECT_FALSE(fs::exists(AppData().parent_path() / "evil.profile"));
+  EXPECT_EQ(NamesOf(*TRemoteProfileManager::Create(Ini), "OSX32"), Taken);
+  EXPECT_TRUE(Messages->Shown.empty());
   Environment->AppDataDir += "/";
   EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Mac"), AppData().string() + "Mac.profile");
   Environment->AppDataDir = "";  // the host answers no directory
@@ -71,23 +84,17 @@ TEST_F(ProfileFiles, LoadProfileFileFillsEveryValueButThePathsAndNamesANamelessF
 TEST_F(ProfileFiles, DamagedMissingOrUnreadableFilesAreNotTakenAndSayNothing) {
   std::ifstream In(WriteProfileFile("valid.profile", "Mac", "OSX32"), std::ios::binary);
   const std::string Valid(std::istreambuf_iterator<char>(In), {});
-  fs::create_directory(AppData() / "dir.profile");
-  for (const auto& [Tag, Text] : std::vector<std::pair<std::string, std::string>>{
-           {"empty", ""},
-           {"truncated", Valid.substr(0, Valid.size() / 2)},
-           {"binary", std::string("\x7f"
-                                  "ELF\x02\x01\x01\0\0\0\xff\xfe",
-                                  12)},
-           {"oversized", Valid.substr(0, Valid.size() - 4) + std::string(1024 * 1024, '#') + "\nEnd\n"},
-           {"version", "HestrelProfile 2" + Valid.substr(16)},
-           {"damaged", "HestrelProfile 1\nName = \"Mac\nEnd\n"},
-           {"missing", ""},
-           {"dir", ""}}) {
-    const fs::path File = AppData() / (Tag + ".profile");
-    if (Tag != "missing" && Tag != "dir") WriteText(File, Text);
-    EXPECT_FALSE(LoadFile(File.string())) << Tag;
-    EXPECT_EQ(Name + std::to_string(Port), "prefilled-5") << Tag;
-    EXPECT_FALSE(M->LoadProfile(File.string())) << Tag;
+  TNames Files{(AppData() / "missing.profile").string(), (AppData() / "dir.profile").string()};
+  fs::create_directory(Files[1]);
+  for (const std::string& Text :  // empty, cut off, binary, oversized, of a later version, damaged
+       {std::string(), Valid.substr(0, Valid.size() / 2), std::string("\177ELF\2\1\1\0\0\0\377\376", 12),
+        Valid.substr(0, Valid.size() - 4) + std::string(1024 * 1024, '#') + "\nEnd\n",
+        "HestrelProfile 2" + Valid.substr(16), std::string("HestrelProfile 1\nName = \"Mac\nEnd\n")})
+    WriteText(Files.emplace_back((AppData() / (std::to_string(Files.size()) + ".profile")).string()), Text);
+  for (const std::string& File : Files) {
+    EXPECT_FALSE(LoadFile(File)) << File;
+    EXPECT_EQ(Name + std::to_string(Port), "prefilled-5") << File;
+    EXPECT_FALSE(M->LoadProfile(File)) << File;
   }
   EXPECT_EQ(M->GetProfilePlatformName((AppData() / "missing.profile").string()), "");
   EXPECT_TRUE(Messages->Shown.empty());
@@ -111,39 +118,16 @@ TEST_F(ProfileFiles, ImportOfAHeldNameAsksAndYesReplacesAllButThePathItems) {
       "profile.  Are you sure you want to import this profile?",
       TMsgDlgType::mtConfirmation);
   EXPECT_EQ(Describe(Held), "Mac|OSX32|old|1|enc:00,1,1|/old|1");
-  EXPECT_EQ(Ini->Log, Texts{});  // the store saw nothing
+  EXPECT_EQ(Ini->Log, TNames{});  // the store saw nothing
   Messages->Answers = {TMsgDlgBtn::mbYes};
   EXPECT_EQ(M->LoadProfile(File), Held);
   EXPECT_EQ(Describe(Held), "mac|Linux64|new|4000|/f,0,1|/cache/mac|1");
   EXPECT_TRUE(Held->GetPaths().SameArray(HeldPaths));
   EXPECT_EQ(M->GetDefaultForPlatform("OSX32"), nullptr);  // re-filed at the end of its new platform's list
-  EXPECT_EQ(NamesOf(*M, "Linux64"), (Texts{"Box", "mac"}));
+  EXPECT_EQ(NamesOf(*M, "Linux64"), (TNames{"Box", "mac"}));
   EXPECT_EQ(M->GetDefaultForPlatform("Linux64"), Other);
   EXPECT_TRUE(LoadFile(File, false));  // without confirmation nobody is asked
   EXPECT_EQ(Messages->Shown.size(), 1u);
-}
-
-TEST_F(ProfileFiles, NamesThatCannotBeFileNamesAreRefusedWithTheBadFileNameMessage) {
-  for (const std::string& Bad :
-       Texts{"../evil", "a/b", "a\\b", "/etc/passwd", std::string(248, 'L'), std::string(400, 'L')}) {
-    const std::string Expected = "'" + Bad + "' is not a valid profile name.  A profile name must be a valid filename";
-    EXPECT_FALSE(M->LoadProfile(WriteProfileFile("bad.profile", Bad, "OSX32"))) << Bad;
-    ExpectOneMessage(Expected);
-    EXPECT_THROW(M->SaveProfileFile("", Bad, "OSX32", "h", 1, {}, "", {}, {}, {}, {}), EProfileFileError);
-  }
-  EXPECT_TRUE(M->GetProfiles().empty());
-  EXPECT_FALSE(fs::exists(AppData().parent_path() / "evil.profile"));
-}
-
-TEST_F(ProfileFiles, NamesUpTo247BytesAndDotsAreSavedInsideTheDirectoryAndLoadedBack) {
-  M = TRemoteProfileManager::Create(Ini);
-  for (const std::string& Name : {std::string(240, 'L'), std::string(247, 'L'), std::string("..a")})
-    M->AddProfile(Name, "OSX32", "h", 1, {"enc:00", true, true}, "", {}, false);
-  M->SaveOptions(*Ini);  // the temporary file of a 255-byte name must not be longer
-  EXPECT_TRUE(fs::is_regular_file(AppData() / (std::string(247, 'L') + ".profile")));
-  EXPECT_TRUE(fs::is_regular_file(AppData() / "..a.profile"));
-  EXPECT_EQ(NamesOf(*TRemoteProfileManager::Create(Ini), "OSX32"), NamesOf(*M, "OSX32"));
-  EXPECT_TRUE(Messages->Shown.empty());
 }
 
 TEST_F(ProfileFiles, AFailedWriteRaisesTheAgentsReasonAndKeepsTheOldFile) {
@@ -153,12 +137,8 @@ TEST_F(ProfileFiles, AFailedWriteRaisesTheAgentsReasonAndKeepsTheOldFile) {
   const auto Before = fs::file_size(File);
   P->SetHostName("a much longer host name than before");
   hestrel::SetAtomicWriteHookForTesting([](const std::string&, const std::string&) { return std::string("no space"); });
-  try {
-    M->SaveProfile(P, "");
-    FAIL() << "no exception";
-  } catch (const EProfileFileError& Error) {
-    EXPECT_EQ(std::string(Error.what()), "Cannot save '" + File.string() + "': no space");
-  }
+  EXPECT_THAT([&] { M->SaveProfile(P, ""); },
+              ThrowsMessage<EProfileFileError>("Cannot save '" + File.string() + "': no space"));
   EXPECT_EQ(fs::file_size(File), Before);
 }
 
@@ -170,7 +150,7 @@ TEST_F(ProfileFiles, MergeReplacesTheHeldProfileAndSavesTheStore) {
                                       {{"/p", "*", false, ptIncludePath}}, false);
   Ini->Log.clear();
   M->MergeRemoteProfile(nullptr);
-  EXPECT_EQ(Ini->Log, Texts{});
+  EXPECT_EQ(Ini->Log, TNames{});
   M->MergeRemoteProfile(Made);
   EXPECT_NE(M->GetProfile("mac"), Held);
   EXPECT_EQ(Describe(M->GetProfile("mac")), Describe(Made));

@@ -26,9 +26,8 @@ TEST_F(FileTransfer, EveryItemIsTriedAFailedOneIsReportedAndYesToAllLastsForTheO
   Agent->Script("PutFile", AsksOverwrite());
   Messages->Answers = {TMsgDlgBtn::mbYesToAll};
   EXPECT_FALSE(Manager->PutFiles(Profile, kThree, focAsk, nullptr, Progress.Proc()));
-  EXPECT_EQ(Agent->Actions(),
-            SetupThen({"Connect(listener)", "PutFile(bin/,/src/a.o,0,)", "PutFile(bin/,/src/b.o,0,b2.o)",
-                       "PutFile(bin/,/src/c.o,0,)", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "PutFile(bin/,/src/a.o,0,)", "PutFile(bin/,/src/b.o,0,b2.o)",
+                                   "PutFile(bin/,/src/c.o,0,)", "Disconnect()"}));
   EXPECT_EQ(Progress.Notices,
             Then(Started(3, sUpdatingRemoteFiles),
                  {Notice(ptProgress, 1, 3, kUpdating), Notice(ptProgress, 1, 3, "Copying '/src/a.o' to remote machine"),
@@ -39,41 +38,31 @@ TEST_F(FileTransfer, EveryItemIsTriedAFailedOneIsReportedAndYesToAllLastsForTheO
   EXPECT_EQ(Messages->Shown.size(), 1u);
   EXPECT_EQ(Agent->FileListeners, std::vector<IFileListener*>(3, Manager.get()));
   NextAgent()->Script("PutFile", AsksOverwrite());
+  NextAgent()->Script("PutFile", AsksOverwrite());
   Messages->Answers = {TMsgDlgBtn::mbNo};
   EXPECT_TRUE(Manager->PutFiles(Profile, {kThree[0]}, focAsk, nullptr, nullptr));
-  EXPECT_EQ(Answers, (std::vector<int>{1, 1, 0}));  // the next operation asks again
+  EXPECT_TRUE(Manager->PutFilesWithProgress(Profile, {kThree[0]}));  // which replaces always
+  EXPECT_EQ(Answers, (std::vector<int>{1, 1, 0, 1}));                // the next operation asks again
+  EXPECT_EQ(Messages->Shown.size(), 2u);
+  EXPECT_EQ(Display->Notices.front(), Notice(ptStart, -1, 1, sUpdatingRemoteFiles) + "|close=1");
 }
 
-TEST_F(FileTransfer, TheWithProgressFormsReplaceAlwaysAndDrawTheProgressWindow) {
-  Agent->Script("PutFile", AsksOverwrite());
-  EXPECT_TRUE(Manager->PutFilesWithProgress(Profile, {kThree[0]}));
-  EXPECT_TRUE(Manager->RemoveRemoteFilesWithProgress(Profile, {}));
-  EXPECT_EQ(Answers, std::vector<int>{1});
-  EXPECT_TRUE(Messages->Shown.empty());
-  Texts Expected = Then(Then(Started(1, sUpdatingRemoteFiles),
-                             {Notice(ptProgress, 1, 1, kUpdating),
-                              Notice(ptProgress, 1, 1, "Copying '/src/a.o' to remote machine"), kFinished}),
-                        Then(Started(0, "Removing Remote Files"), {kFinished}));
-  for (std::string& Text : Expected) Text += "|close=1";
-  EXPECT_EQ(Display->Notices, Expected);
-}
-
-TEST_F(FileTransfer, RemoveRemoteFilesAnnouncesEachRemovedFileAndReportsFailures) {
-  Texts Removed;
+TEST_F(FileTransfer, RemoveRemoteFilesAnnouncesEachRemovedFileAndReportsFailuresInTheProgressWindow) {
+  TNames Removed;
   const THandlerId Id = TRemoteProfileManager::FEvRemoteFileRemoved.Add(
       [&](const IOTARemoteProfilePtr& P, const std::string& File) { Removed.push_back(P->GetName() + ":" + File); });
-  Agent->Script("RemoveRemoteFile", {});
   Agent->Script("RemoveRemoteFile", Fails("No such file"));
-  const bool Result = Manager->RemoveRemoteFiles(Profile, {"/r/a", "/r/b", "/r/c"}, nullptr, Progress.Proc());
+  const bool Result = Manager->RemoveRemoteFilesWithProgress(Profile, {"/r/a", "/r/b"});
   TRemoteProfileManager::FEvRemoteFileRemoved.Remove(Id);
   EXPECT_FALSE(Result);
-  EXPECT_EQ(Removed, (Texts{"Mac:/r/a", "Mac:/r/c"}));
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "RemoveRemoteFile(/r/a)", "RemoveRemoteFile(/r/b)",
-                                         "RemoveRemoteFile(/r/c)", "Disconnect()"}));
+  EXPECT_EQ(Removed, (TNames{"Mac:/r/b"}));
+  EXPECT_EQ(Agent->Log,
+            SetupThen({"Connect(listener)", "RemoveRemoteFile(/r/a)", "RemoveRemoteFile(/r/b)", "Disconnect()"}));
   const std::string Removing = "Removing files on remote machine";
-  EXPECT_EQ(Progress.Notices,
-            Then(Started(3, "Removing Remote Files"),
-                 {Notice(ptProgress, 1, 3, Removing), Notice(ptProgress, 1, 3, "Removed file '/r/a'"),
-                  Notice(ptProgress, 2, 3, Removing), Notice(ptError, -1, -1, "No such file"),
-                  Notice(ptProgress, 3, 3, Removing), Notice(ptProgress, 3, 3, "Removed file '/r/c'"), kFinished}));
+  TNames Expected =
+      Then(Started(2, "Removing Remote Files"),
+           {Notice(ptProgress, 1, 2, Removing), Notice(ptError, -1, -1, "No such file"),
+            Notice(ptProgress, 2, 2, Removing), Notice(ptProgress, 2, 2, "Removed file '/r/b'"), kFinished});
+  for (std::string& Text : Expected) Text += "|close=1";
+  EXPECT_EQ(Display->Notices, Expected);
 }

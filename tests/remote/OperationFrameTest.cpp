@@ -6,7 +6,7 @@
 
 using OperationFrame = RemoteFixture;
 
-TEST_F(OperationFrame, NestedOperationsShareOneClientThatOnlyTheLastEndDisconnects) {
+TEST_F(OperationFrame, NestedOperationsShareOneClientThatOnlyTheLastEndDisconnectsEvenWhenTheProfileChanged) {
   Manager->BeginOperation(Profile);
   Manager->BeginOperation(Profile);
   EXPECT_TRUE(Manager->RemoteDirectoryExists(Profile, "/a", nullptr));
@@ -15,21 +15,17 @@ TEST_F(OperationFrame, NestedOperationsShareOneClientThatOnlyTheLastEndDisconnec
   Manager->EndOperation(Profile);
   Manager->EndOperation(Profile);  // one too many: nothing left to release
   EXPECT_EQ(Remote().ClientUseCount(), 0);
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "DirExists(/a)", "Disconnect()"}));
-  EXPECT_EQ(Library->CreateClientCalls, Texts{"CreateClient(Mac,)"});
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "DirExists(/a)", "Disconnect()"}));
+  EXPECT_EQ(Library->CreateClientCalls, TNames{"CreateClient(Mac,)"});
   const auto Clone = NextAgent();
   EXPECT_EQ(Remote().CloneClient(), Clone);  // a fresh client, not counted
-  EXPECT_EQ(Remote().ClientUseCount(), 0);
-}
-
-TEST_F(OperationFrame, AProfileChangedDuringAnOperationStillEndsWithItsClientDisconnected) {
-  const auto Second = NextAgent();
+  const auto Later = NextAgent();
   Manager->BeginOperation(Profile);
   Profile->SetHostName("mini.local");  // drops the client the operation holds
   Manager->EndOperation(Profile);
   EXPECT_TRUE(Manager->RemoteDirectoryExists(Profile, "/a", nullptr));  // a later operation's own client
   EXPECT_EQ(Remote().ClientUseCount(), 0);
-  EXPECT_FALSE(Second->Connected);
+  EXPECT_FALSE(Later->Connected);
 }
 
 TEST_F(OperationFrame, AClientGetsTheProfilesSettingsAndTheSdkRootWithoutItsLocalRootPart) {
@@ -43,9 +39,9 @@ TEST_F(OperationFrame, AClientGetsTheProfilesSettingsAndTheSdkRootWithoutItsLoca
   SDK->SystemRoot = "/second";
   SDK->LocalRootPart = "";
   Remote().GetClient(SDK, true);  // set again on the client that exists
-  EXPECT_EQ(Agent->Log, (Texts{"SetHostName(mac.local)", "SetPort(64211)", "SetPlatform(OSX32)",
-                               "SetCredential(/home/u/mac.passfile,0,1)", "SetSysRoot(/home/u/Profiles/Mac/sdk)",
-                               "SetSysRoot(/second)"}));
+  EXPECT_EQ(Agent->Log, (TNames{"SetHostName(mac.local)", "SetPort(64211)", "SetPlatform(OSX32)",
+                                "SetCredential(/home/u/mac.passfile,0,1)", "SetSysRoot(/home/u/Profiles/Mac/sdk)",
+                                "SetSysRoot(/second)"}));
 }
 
 TEST_F(OperationFrame, TestConnectionUsesAFreshClientAskingTheCallbackThroughAnAdapter) {
@@ -62,9 +58,9 @@ TEST_F(OperationFrame, TestConnectionUsesAFreshClientAskingTheCallbackThroughAnA
   EXPECT_FALSE(Manager->TestConnection(Profile, Error, nullptr));
   EXPECT_EQ(Error, "Authentication failed");
   EXPECT_EQ(Answers, (std::vector<int>{1, 0}));
-  EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
-  EXPECT_EQ(Library->Clients[1]->Actions(), SetupThen({"Connect(listener)", "Disconnect()"}));
-  EXPECT_EQ(Library->Clients[2]->Actions(), SetupThen({"Connect()"}));
+  EXPECT_EQ(Callback->Log, (TNames{"Retry", "Abort"}));
+  EXPECT_EQ(Library->Clients[1]->Log, SetupThen({"Connect(listener)", "Disconnect()"}));
+  EXPECT_EQ(Library->Clients[2]->Log, SetupThen({"Connect()"}));
   EXPECT_EQ(Agent->Log, SetupThen({}));  // the shared client is left alone
 }
 
@@ -88,9 +84,9 @@ TEST_F(OperationFrame, WithoutAnAgentLibraryTheConnectionFailsWithTheConnectionF
 }
 
 TEST_F(OperationFrame, AStartThatFailsReportsTheAgentsTextOrTheConnectionFailedTextThenFinishes) {
-  const Texts Begun = Started(0, sUpdatingRemoteFiles),
-              Failed{Notice(ptError, -1, -1, kMacConnectionFailed), kFinished};
-  const std::vector<std::tuple<std::size_t, Texts, Texts>> Cases{
+  const TNames Begun = Started(0, sUpdatingRemoteFiles),
+               Failed{Notice(ptError, -1, -1, kMacConnectionFailed), kFinished};
+  const std::vector<std::tuple<std::size_t, TNames, TNames>> Cases{
       // refused notice, notices, agent actions
       {9,
        Then(Begun, {Notice(ptError, -1, -1, "Connection refused"), kFinished}),
@@ -104,7 +100,7 @@ TEST_F(OperationFrame, AStartThatFailsReportsTheAgentsTextOrTheConnectionFailedT
     Recorder.Answer = [&Refused](const std::string&, std::size_t Number) { return Number != Refused; };
     EXPECT_FALSE(Manager->PutFiles(Profile, {}, focAlwaysReplace, nullptr, Recorder.Proc()));
     EXPECT_EQ(Recorder.Notices, Notices);
-    EXPECT_EQ(Library->Clients.back()->Actions(), SetupThen(Actions));
+    EXPECT_EQ(Library->Clients.back()->Log, SetupThen(Actions));
   }
 }
 
@@ -118,5 +114,5 @@ TEST_F(OperationFrame, TheFrameResetsItsParametersAndReleasesTheClientAlsoWhenAn
   const TProfileManagerCallbackParams& Params = Manager->GetCallbackParams();
   EXPECT_TRUE(!Params.Callback && !Params.ProgressProc && Params.ByteCountFormat.empty());
   EXPECT_EQ(Params.OverwriteControl, focAlwaysReplace);
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "Disconnect()"}));
 }

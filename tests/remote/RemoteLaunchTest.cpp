@@ -22,7 +22,7 @@ class RemoteLaunch : public RemoteFixture {
     return Manager->Run(Profile, "A", "B", "C", "D", "E", Env, "F", Error, Process,
                         std::make_shared<TConnectionCallbackDouble>());
   }
-  Texts AfterRun;
+  TNames AfterRun;
   std::string Error = "old";
   std::int32_t Process = 77, N1 = 10, N2 = 20;
   THandlerId FId{};
@@ -30,16 +30,23 @@ class RemoteLaunch : public RemoteFixture {
 
 }  // namespace
 
-TEST_F(RemoteLaunch, RunExchangesDAndEOnTheWayToTheAgentAndAnnouncesAfterTheRelease) {
+TEST_F(RemoteLaunch, RunExchangesDAndEAnnouncingAfterTheReleaseAndTheDebuggerAttachesUnlessTheProcessTypeIs2) {
   Agent->Script("Run", {.Number = 4711});
   const std::vector<std::string> Env = {"A=1", "B=2"};
   EXPECT_TRUE(RunIt(&Env));
-  EXPECT_EQ(Process, 4711);
-  EXPECT_EQ(Error, "");
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "Run(A,B,C,E,[A=1;B=2],D,F)", "Disconnect()"}));
+  EXPECT_EQ(std::to_string(Process) + "|" + Error, "4711|");
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "Run(A,B,C,E,[A=1;B=2],D,F)", "Disconnect()"}));
   EXPECT_TRUE(Manager->Run(Profile, "A", "B", "C", "D", "E", nullptr, "F", Error, nullptr));  // without a number
-  EXPECT_EQ(Library->Clients.back()->Actions()[5], "Run(A,B,C,E,none,D,F)");
-  EXPECT_EQ(AfterRun, (Texts{"true:Mac uses=0", "true:Mac uses=0"}));
+  EXPECT_EQ(Library->Clients.back()->Log[5], "Run(A,B,C,E,none,D,F)");
+  for (const auto& [Type, Call] :
+       std::vector<std::pair<int, std::string>>{{0, "Debug(app,1,10,20,0)"}, {2, "Debug(app,0,31,32,0)"}}) {
+    NextAgent()->Script("Debug", {.Number = 31, .Number2 = 32});  // N1 and N2 given back, passed on by the next
+    EXPECT_TRUE(Manager->StartRemoteDebugger(Profile, "app", Type, N1, N2, Error, nullptr));
+    EXPECT_EQ(Library->Clients.back()->Log[5], Call);
+  }
+  EXPECT_EQ(std::to_string(N1) + "," + std::to_string(N2) + "|" + Error, "31,32|");
+  EXPECT_EQ(AfterRun, (TNames{"true:Mac uses=0", "true:Mac uses=0"}));  // the debugger announces nothing
+  EXPECT_EQ(Remote().ClientUseCount(), 0);
 }
 
 TEST_F(RemoteLaunch, AFailedLaunchGivesTheAgentsTextOrTheConnectionFailedTextAndProcessNumberZero) {
@@ -62,19 +69,4 @@ TEST_F(RemoteLaunch, AFailedLaunchGivesTheAgentsTextOrTheConnectionFailedTextAnd
     EXPECT_EQ(Error, Expected) << Call;
   }
   EXPECT_EQ(AfterRun.size(), 4u);  // the debugger announces nothing
-}
-
-TEST_F(RemoteLaunch, StartRemoteDebuggerGivesBackN1AndN2AndAttachesUnlessTheProcessTypeIs2) {
-  Library->Prepared.clear();
-  for (TOTAProcessType Type : {0, 1, 2, 3, -1}) {
-    NextAgent()->Script("Debug", {.Number = 31, .Number2 = 32});
-    N1 = 10;
-    N2 = 20;
-    EXPECT_TRUE(Manager->StartRemoteDebugger(Profile, "app", Type, N1, N2, Error, nullptr));
-    EXPECT_EQ(Library->Clients.back()->Actions()[5], std::string("Debug(app,") + (Type == 2 ? "0" : "1") + ",10,20,0)");
-    EXPECT_EQ(std::pair(N1, N2), std::pair(31, 32));
-    EXPECT_EQ(Error, "");
-  }
-  EXPECT_TRUE(AfterRun.empty());
-  EXPECT_EQ(Remote().ClientUseCount(), 0);
 }

@@ -27,41 +27,32 @@ TEST_F(RemoteQueries, QueriesBetweenBeginAndEndOperationShareOneConnectionAndGiv
   EXPECT_FALSE(Manager->RemoteDirectoryExists(Profile, "/nope", nullptr));
   EXPECT_TRUE(Manager->RemoteDirectoryExists(Profile, "/usr", nullptr));
   const auto Listing = Manager->BrowseRemoteFileSystem(Profile, "/usr/include", 2, true, nullptr);
-  ASSERT_NE(Listing, nullptr);
-  EXPECT_EQ(Listing->size(), 2u);
-  EXPECT_EQ((*Listing)[1].Size, 12);
+  EXPECT_EQ(Listing ? Listing->back().Name + ":" + std::to_string(Listing->back().Size) : "none", "a.h:12");
   EXPECT_TRUE(Manager->CreateSymLink(Profile, "/target", "/link", nullptr));
   EXPECT_EQ(Manager->GetIOSLauncher(Profile, "MyApp", true, nullptr), "/usr/bin/ios-sim");
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), (Texts{"E=", "HOME=/Users/u", "PATH=/bin"}));
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), Texts{});  // no table from the agent
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), (TNames{"E=", "HOME=/Users/u", "PATH=/bin"}));
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), TNames{});  // no table from the agent
   Manager->EndOperation(Profile);
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", "ExpandPath(~)", "ExpandPath($NOPE)",
-                                         "ExpandAllPaths($A:$B)", "DirExists(/nope)", "DirExists(/usr)",
-                                         "ListFiles(/usr/include,2,1)", "CreateSymLink(/target,/link)",
-                                         "GetIOSLauncher(MyApp,1)", "GetEnv()", "GetEnv()", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "ExpandPath(~)", "ExpandPath($NOPE)", "ExpandAllPaths($A:$B)",
+                                   "DirExists(/nope)", "DirExists(/usr)", "ListFiles(/usr/include,2,1)",
+                                   "CreateSymLink(/target,/link)", "GetIOSLauncher(MyApp,1)", "GetEnv()", "GetEnv()",
+                                   "Disconnect()"}));
   EXPECT_TRUE(Messages->Shown.empty());
   EXPECT_TRUE(Display->Notices.empty());
 }
 
 TEST_F(RemoteQueries, AQueryThatCannotConnectAnswersItsNotConnectedValueAfterAskingTheCallback) {
   auto Callback = std::make_shared<TConnectionCallbackDouble>();
-  TAgentAnswer Asks = During(
-      [](TAgentCallContext& Call) {
-        Call.Connection->Retry();
-        Call.Connection->Abort();
-      },
-      false);
-  Asks.Error = "No route to host";
-  Agent->Script("Connect", Asks);
+  const auto Asks = [](TAgentCallContext& Call) { Call.Connection->Retry(), Call.Connection->Abort(); };
+  Agent->Script("Connect", {.Result = false, .Error = "No route to host", .During = Asks});
   Agent->Script("Connect", Fails());
   Agent->Script("Connect", Fails("No route to host"));
   Manager->BeginOperation(Profile);
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, Callback), Texts{"_=No route to host"});
-  EXPECT_EQ(Callback->Log, (Texts{"Retry", "Abort"}));
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, Callback), TNames{"_=No route to host"});
+  EXPECT_EQ(Callback->Log, (TNames{"Retry", "Abort"}));
   EXPECT_EQ(Manager->GetCallbackParams().Callback, nullptr);  // stored for the query only
-  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), Texts{"_=" + kMacConnectionFailed});
+  EXPECT_EQ(Manager->GetEnvironmentVariables(Profile, nullptr), TNames{"_=" + kMacConnectionFailed});
   EXPECT_EQ(Manager->ExpandPath(Profile, "~/sdk", nullptr), "~/sdk");  // the input, unchanged
   Manager->EndOperation(Profile);
-  EXPECT_EQ(Agent->Actions(),
-            SetupThen({"Connect(listener)", "Connect(listener)", "Connect(listener)", "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", "Connect(listener)", "Connect(listener)", "Disconnect()"}));
 }

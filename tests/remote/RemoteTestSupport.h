@@ -5,25 +5,18 @@
 
 #include "core/RemoteProfileManager.h"
 #include "core/ResourceStrings.h"
+#include "core/Text.h"
 #include "doubles/HostDoubles.h"
 #include "doubles/RemoteDoubles.h"
 #include "doubles/ScriptedAgent.h"
 
-using Texts = std::vector<std::string>;
+inline const std::string kMacConnectionFailed = ConnectionFailedText("mac.local", 64211);
 
-inline const std::string kMacConnectionFailed =
-    "Connection to 'mac.local' on port 64211 failed.\r\n\r\nPlease make sure that 'Hestrel' is running on the host "
-    "machine and is configured to use port 64211";
-
-inline Texts Then(Texts Head, const Texts& More) {
-  Head.insert(Head.end(), More.begin(), More.end());
-  return Head;
-}
 /// A notice without details; the start and connecting notices of an operation; the last one.
 inline std::string Notice(TOTAProgressType Type, std::int32_t Index, std::int32_t Count, const std::string& Text) {
   return NoticeText(Type, Index, Count, Text, "", "", -1);
 }
-inline Texts Started(std::int32_t Count, const std::string& Title) {
+inline TNames Started(std::int32_t Count, const std::string& Title) {
   return {Notice(ptStart, -1, Count, Title), Notice(ptProgress, 0, Count, sConnectingToRemoteMachine)};
 }
 inline const std::string kFinished = Notice(ptFinished, -1, -1, "");
@@ -52,7 +45,7 @@ class RemoteFixture : public THostFixture {
   /// Prepares a fresh agent as the next client handed out.
   TScriptedAgentPtr NextAgent() { return Library->Prepared.emplace_back(std::make_shared<TScriptedAgent>()); }
   /// What a new client of the "Mac" profile is told, followed by More.
-  static Texts SetupThen(const Texts& More) {
+  static TNames SetupThen(const TNames& More) {
     return Then({"SetHostName(mac.local)", "SetPort(64211)", "SetPlatform(OSX32)", "SetCredential(secret,1,1)"}, More);
   }
   TRemoteProfile& Remote() const { return static_cast<TRemoteProfile&>(*Profile); }

@@ -23,8 +23,9 @@ class SdkFileCache : public RemoteFixture {
     return Manager->GetProfileFiles(Profile, Control, nullptr, Progress.Proc());
   }
   std::shared_ptr<TPlatformSDKDouble> SDK = std::make_shared<TPlatformSDKDouble>();
-  const Texts Pulled = SetupThen({"SetSysRoot(/cache/Mac)", "Connect(listener)", kPatch, "GetFiles(/usr/include,1,*.h)",
-                                  "GetFiles(/usr/x,0,*)", "GetFrameworkFiles(/F,,1)", "Disconnect()"});
+  const TNames Pulled =
+      SetupThen({"SetSysRoot(/cache/Mac)", "Connect(listener)", kPatch, "GetFiles(/usr/include,1,*.h)",
+                 "GetFiles(/usr/x,0,*)", "GetFrameworkFiles(/F,,1)", "Disconnect()"});
 };
 
 }  // namespace
@@ -32,7 +33,7 @@ class SdkFileCache : public RemoteFixture {
 TEST_F(SdkFileCache, ThePatchGoesOnceBeforeThePathItemsToEveryPlatformButWindowsAndAFailingPathEndsNothing) {
   Agent->Script("GetFiles", Fails("Remote path '/usr/include' not found"));
   EXPECT_FALSE(Update());
-  EXPECT_EQ(Agent->Actions(), Pulled);
+  EXPECT_EQ(Agent->Log, Pulled);
   EXPECT_EQ(Progress.Notices[3], Notice(ptError, -1, -1, "Remote path '/usr/include' not found"));
   // The patch goes without a file listener, the items with the manager as listener.
   EXPECT_EQ(Agent->FileListeners, (std::vector<IFileListener*>{nullptr, Manager.get(), Manager.get(), Manager.get()}));
@@ -62,7 +63,7 @@ TEST_F(SdkFileCache, ACancelRefusesTheAgentsFurtherQuestionsAndEndsWithoutFinish
                 }));
   Progress.Answer = [](const std::string& Text, std::size_t) { return Text.find("Copying file") == std::string::npos; };
   EXPECT_FALSE(Update());
-  EXPECT_EQ(Agent->Actions(), Then(Texts(Pulled.begin(), Pulled.end() - 2), {"Disconnect()"}));
+  EXPECT_EQ(Agent->Log, Then(TNames(Pulled.begin(), Pulled.end() - 2), {"Disconnect()"}));
   EXPECT_EQ(Answers, (std::vector<int>{1, 1, 1, 0, 3, 0, 2}));
   EXPECT_EQ(Progress.Notices, Then(Started(3, "Updating Local File Cache"),
                                    {Notice(ptProgress, 1, 3, kUpdating),
@@ -74,28 +75,25 @@ TEST_F(SdkFileCache, ACancelRefusesTheAgentsFurtherQuestionsAndEndsWithoutFinish
   EXPECT_EQ(Progress.Notices.back(), kFinished);
 }
 
-TEST_F(SdkFileCache, WithProgressTheUpdateAsksBeforeOverwritingAndDrawsTheProgressWindow) {
-  SDK->Items.SetLength(1);
-  Agent->Script("GetFiles", During([this](TAgentCallContext& Call) {
-                  Answers.push_back(Call.Files->Overwrite("a.h", {}, 1, {}, 2));
-                }));
-  Messages->Answers = {TMsgDlgBtn::mbNo};
-  EXPECT_TRUE(Manager->GetProfileFilesWithProgress(Profile));
-  EXPECT_EQ(Answers, std::vector<int>{0});
-  EXPECT_EQ(Display->Notices.size(), 5u);
-  EXPECT_EQ(Display->Notices.front(), Notice(ptStart, -1, 1, "Updating Local File Cache") + "|close=1");
-}
-
-TEST_F(SdkFileCache, WithoutAPlatformSDKNothingIsPulledAndWithoutZephNoPatchIsSent) {
+TEST_F(SdkFileCache, WithoutAPlatformSDKNothingIsPulledWithoutZephNoPatchIsSentAndWithProgressTheUpdateAsks) {
   Manager->SetPlatformSDK(nullptr);
   EXPECT_TRUE(Update());
-  EXPECT_EQ(Agent->Actions(), SetupThen({"Connect(listener)", kPatch, "Disconnect()"}));
+  EXPECT_EQ(Agent->Log, SetupThen({"Connect(listener)", kPatch, "Disconnect()"}));
+  Manager->SetPlatformSDK(SDK);
+  SDK->Items.SetLength(1);
   Environment->Variables.erase("ZEPH");
-  EXPECT_TRUE(Update());
-  EXPECT_EQ(Library->Clients.back()->Actions(), SetupThen({"Connect(listener)", "Disconnect()"}));
+  NextAgent()->Script("GetFiles", During([this](TAgentCallContext& Call) {
+                        Answers.push_back(Call.Files->Overwrite("a.h", {}, 1, {}, 2));
+                      }));
+  Messages->Answers = {TMsgDlgBtn::mbNo};
+  EXPECT_TRUE(Manager->GetProfileFilesWithProgress(Profile));
+  EXPECT_EQ(Library->Clients.back()->Log,
+            SetupThen({"SetSysRoot(/cache/Mac)", "Connect(listener)", "GetFiles(/usr/include,1,*.h)", "Disconnect()"}));
+  EXPECT_EQ(Answers, std::vector<int>{0});
+  EXPECT_EQ(Display->Notices.front(), Notice(ptStart, -1, 1, "Updating Local File Cache") + "|close=1");
   TScriptedAgent Client;
   Client.Script("PutFile", Fails("no such file"));  // not examined
   Environment->Variables["ZEPH"] = "/opt/zeph/";    // a trailing delimiter is not doubled
   Manager->DeployMungerPatch(Client);
-  EXPECT_EQ(Client.Log, Texts{kPatch});
+  EXPECT_EQ(Client.Log, TNames{kPatch});
 }
