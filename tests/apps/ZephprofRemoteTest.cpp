@@ -34,10 +34,12 @@ class ZephprofRemote : public TZephprofTest {
   std::string Port;
 };
 
-TEST_F(ZephprofRemote, TestConnectsWithTheStoredPassword) {
+TEST_F(ZephprofRemote, TestConnectsWithTheStoredPasswordAndAFailedConnectionIsReported) {
   Run({TStep({"test", "Loop"}, 0, "Connection to '127.0.0.1' on port " + Port + " succeeded\n", ""),
        TStep({"set", "Loop", "--password-stdin"}, 0, "…", "…", "wrong\n"),
-       TStep({"test", "Loop"}, 1, "", "zephprof: …")});
+       TStep({"test", "Loop"}, 1, "", "zephprof: …"), TStep({"set", "Loop", "--port", "1"}),
+       TStep({"test", "Loop"}, 1, "", "zephprof: Connection to '127.0.0.1' on port 1…"),
+       TStep({"env", "Loop"}, 1, "", "zephprof: …"), TStep({"expand", "Loop", "~"}, 1)});
 }
 
 TEST_F(ZephprofRemote, PutAndRmShowTheirStepsAndListWhatFailed) {
@@ -77,47 +79,31 @@ TEST_F(ZephprofRemote, RunStartsAProgramInItsDirectoryWithItsEnvironment) {
   EXPECT_EQ(ReadWholeFile(Remote / "out.txt"), "hi there --cwd\n");
 }
 
-TEST_F(ZephprofRemote, UpdateCachePullsTheItemsGivenAndAsksBeforeReplacing) {
-  Put("sdk/a.h", "a\n"), Put("sdk/sys/b.h", "b\n"), Put("sdk/c.txt", "c\n");
-  const std::string Item = (Remote / "sdk").string() + ",*.h,include,subdirs";
-  const fs::path Cached = Dir / "cache" / Remote.relative_path() / "sdk";
-  Run({TStep(
-           {"update-cache", "Loop", "--item", Item}, 0, "…",
-           "Updating Local File Cache (1 item)\n…Updated files from remote path '" + (Remote / "sdk").string() + "'…"),
+TEST_F(ZephprofRemote, UpdateCachePullsTheGivenOrStoredItemsAndAsksBeforeReplacing) {
+  Put("sdk/a.h", "a\n"), Put("sdk/sys/b.h", "b\n"), Put("sdk/c.txt", "c\n"), Put("lib/libz.so", "z\n");
+  const std::string Sdk = (Remote / "sdk").string(), Lib = (Remote / "lib").string();
+  const fs::path Cache = Dir / "cache", Cached = Cache / Sdk.substr(1);
+  Run({TStep({"update-cache", "Loop", "--item", Sdk + ",*.h,include,subdirs"}, 0, "…",
+             "Updating Local File Cache (1 item)\n…Updated files from remote path '" + Sdk + "'…"),
        TStep({"update-cache", "Loop", "--item", "/x,*"}, 2)});
   EXPECT_EQ(ReadWholeFile(Cached / "sys/b.h"), "b\n");
   EXPECT_FALSE(fs::exists(Cached / "c.txt"));
   std::ofstream(Cached / "a.h") << "changed\n";
-  Run({TStep({"update-cache", "Loop", "--item", Item}, 0,
-             "…",  // sizes known: 8 bytes here, 2 coming
-             "…Confirm: File '" + (Cached / "a.h").string() +
-                 "' already exists.\nReplace 8 byte(s) file modified on …"
-                 "\nwith 2 byte(s) file modified on …No terminal to ask; answered No…")});
-  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "changed\n");
-  Run({TStep({"--yes", "update-cache", "Loop", "--item", Item})});
-  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "a\n");
-}
-
-TEST_F(ZephprofRemote, StoredPathItemsArePulledInLaterRunsAndFollowTheProfile) {
-  const std::string Include = fs::path(Put("sdk/include/a.h", "a\n")).parent_path().string();
-  const std::string Lib = fs::path(Put("sdk/lib/libz.so", "z\n")).parent_path().string();
-  Put("sdk/include/sys/b.h", "b\n"), Put("sdk/include/notes.txt", "n\n");
-  const fs::path Cache = Dir / "cache";
-  Run({TStep({"paths", "Loop", "add", Include, "*.h", "include", "--subdirs"}),
+  // Without items given, the profile's stored path items are pulled.
+  Run({TStep({"paths", "Loop", "add", Sdk, "*.h", "include", "--subdirs"}),
        TStep({"paths", "Loop", "add", Lib, "libz.so", "library"}),
        TStep({"update-cache", "Loop"}, 0, "Local file cache of 'Loop': " + Cache.string() + "\n",
-             "Updating Local File Cache (2 items)\n…")});
-  EXPECT_EQ(ReadWholeFile(Cache / Include.substr(1) / "sys/b.h"), "b\n");
+             "Updating Local File Cache (2 items)\n…Confirm: File '" + (Cached / "a.h").string() +
+                 "' already exists.\nReplace 8 byte(s) file modified on …\nwith 2 byte(s) file modified on …"
+                 "No terminal to ask; answered No…")});
+  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "changed\n");
   EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
-  EXPECT_FALSE(fs::exists(Cache / Include.substr(1) / "notes.txt"));
-  fs::remove_all(Cache);
-  Run({TStep({"rename", "Loop", "Looped"}),
-       TStep({"update-cache", "Looped"}, 0, "…", "Updating Local File Cache (2 items)\n…"),
-       TStep({"--yes", "remove", "Looped"}),
-       AddLoop("Looped"),  // a new profile of the name starts without them
+  Run({TStep({"rename", "Loop", "Looped"}),  // the items follow the profile
+       TStep({"--yes", "update-cache", "Looped"}, 0, "…", "Updating Local File Cache (2 items)\n…"),
+       TStep({"--yes", "remove", "Looped"}), AddLoop("Looped"),  // a new profile of the name starts without them
        TStep({"update-cache", "Looped"}, 0, "…",
              "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n")});
-  EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
+  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "a\n");
 }
 
 }  // namespace
