@@ -1,5 +1,5 @@
-// The options page's rules where a user notices them: enabled states, the rename map, delete's
-// neighbour, the Windows default rule and the checks that block.
+// The options page's rules where a user notices them: enabled states, delete's neighbour, the
+// Windows default rule and the checks that block.
 #include <gtest/gtest.h>
 
 #include "UiTestSupport.h"
@@ -20,27 +20,6 @@ TEST_F(Page, AnEmptyListLeavesOnlyAddAndImportAndEmptyDisabledEditors) {
             "+AddButton +ImportButton -CopyButton -RenameButton -DeleteButton -ExportButton -SetAsDefaultItem "
             "-TestButton -PlatformCombo -HostNameCombo -PortNumberCombo -PasswordEdit -LocalRootEdit ");
   EXPECT_EQ(P.ProfileList.Groups().size(), 4u);  // the combo's platforms; the hidden ones have no group
-}
-
-TEST_F(Page, RenamesCollectOnlyTheDifferenceFromTheFirstNames) {
-  TRemoteProfilePage& P = Open({{"Linux64", "Box"}, {"Linux64", "Old"}});
-  struct TRow {
-    std::string Answer, Caption, Renames, Message;
-  };
-  for (const TRow& Row : std::vector<TRow>{
-           {"BOX", "Box", "", ""},  // a change of letter case only does nothing
-           {"a/b", "Box", "", "'a/b' is not a valid profile name.  A profile name must be a valid filename"},
-           {"Build", "Build", "Box>Build", ""},
-           {"Server", "Server", "Box>Server", ""},
-           {"Box", "Box", "", ""}}) {  // its first name back: no rename left
-    Messages->Shown.clear();
-    Ui->Inputs = {Row.Answer};
-    EXPECT_TRUE(P.RenameAction.Execute());
-    EXPECT_EQ(P.ProfileList.ListItems()[0].Caption, Row.Caption) << Row.Answer;
-    EXPECT_EQ(RenamesOf(P), Row.Renames) << Row.Answer;
-    EXPECT_EQ(LastMessage(), Row.Message) << Row.Answer;
-  }
-  EXPECT_EQ(Ui->Log.back(), "Input(Rename Profile|Enter the new name for this profile|Server)");
 }
 
 TEST_F(Page, DeleteAsksAndSelectsTheNeighbourOrClearsTheEditors) {
