@@ -1,8 +1,9 @@
 // The options page's rules where a user notices them: enabled states, delete's neighbour, the
-// Windows default rule and the checks that block.
+// Windows default rule and the checks that block; and the copy command below its controls.
 #include <gtest/gtest.h>
 
 #include "UiTestSupport.h"
+#include "ui/ProfileCommands.h"
 
 namespace {
 
@@ -89,6 +90,17 @@ TEST_F(Page, APortOrHostTheChecksRefuseBlocksSelectionActionsAndOk) {
   EXPECT_TRUE(Dialog->Accept());
   EXPECT_EQ(Live()->GetProfile("A")->GetHostName() + ":" + std::to_string(Live()->GetProfile("A")->GetPortNumber()),
             "mac:22");
+}
+
+TEST_F(Page, ACopyGetsATrimmedNameItsOwnPathItemsAndALocalRootFollowingTheName) {
+  const auto Mac = Live()->AddProfile("Mac", "OSX32", "box", 1, {}, "C:\\SDKs\\Mac\\x", {{"/usr", "*", true}}, false);
+  const auto Copy = CopyProfile(*Live(), Mac, " Mac2 ");
+  EXPECT_EQ(Copy->GetName() + "|" + Copy->GetHostName() + "|" + Copy->GetSystemRoot(), "Mac2|box|C:\\SDKs\\Mac2\\x");
+  EXPECT_TRUE(Copy->GetPaths().SameItems(Mac->GetPaths()));
+  EXPECT_FALSE(Copy->GetPaths().SameArray(Mac->GetPaths()));
+  EXPECT_FALSE(CopyProfile(*Live(), Mac, "MAC"));
+  EXPECT_EQ(Messages->Shown.size(), 1u);
+  EXPECT_EQ(LastMessage(), "A profile named 'MAC' already exists");
 }
 
 }  // namespace

@@ -63,9 +63,6 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   EXPECT_EQ(Host.Environment->fnBaseDocumentsDir(), At("Documents/zephprof"));
   EXPECT_FALSE(std::filesystem::exists(At("Documents")));
   const THostServices& Installed = HostServices();
-  EXPECT_EQ(Installed.AppIniFile, Host.Settings);
-  EXPECT_EQ(Installed.Environment, Host.Environment);
-  EXPECT_EQ(Installed.EnvFileWriter, Host.EnvFileWriter);
   EXPECT_EQ(Installed.Platforms->GetAllPlatforms().size(), 11u);
   for (const char* Unknown : {"win32", "", "WinARM"}) EXPECT_EQ(Installed.Platforms->GetPlatform(Unknown), nullptr);
   EXPECT_EQ(Installed.Platforms->GetPlatform("OSXARM64")->GetDisplayName(), "macOS ARM 64-bit");
@@ -73,7 +70,6 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   ASSERT_NE(Agent, nullptr);
   EXPECT_EQ(Agent->GetAppDataDir(), At(".local/share/zephprof"));
   EXPECT_EQ(TRAClientFactory::GetInstance(), Agent);
-  EXPECT_EQ(Installed.Messages, nullptr);
 }
 
 TEST_F(LinuxHostTest, AWriterWaitsForTheStoresLockAndThenRefusesTheStore) {
