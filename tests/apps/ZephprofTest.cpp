@@ -244,15 +244,12 @@ TEST_F(Zephprof, ParallelWritersKeepEveryChangeAndRemoveWhatKilledWritersLeft) {
   EXPECT_TRUE(fs::exists(Young) && fs::exists(Data / "Kept.profile"));
 }
 
-TEST_F(Zephprof, ControlCharactersAreShownEscapedOnATerminalAndJsonIsAlwaysUtf8) {
-  const std::string Host = "evil\x1b]0;x\x07\xc2\x9b";
+TEST_F(Zephprof, OnATerminalControlCharactersAreEscapedThePasswordIsNotEchoedAndQuestionsWaitForAChoice) {
+  const std::string Host = "evil\x1b]0;x\x07\xc2\x9b";  // escaped on a terminal, UTF-8 in JSON
   Run({TStep({"add", "Caf\xe9", "--platform", "Linux64", "--host", Host}),
        TStep({"--json", "list"}, 0, "…{\"name\":\"Caf\\\\xe9\",…\"hostName\":\"evil\\u001b]0;x\\u0007\\u009b\",…"),
        TStep({"list"}, 0, "…Caf\xe9  " + Host + ":64211\n")});  // not a terminal: as it is
   EXPECT_PRED2(Matches, OnTerminal({"list"}, {}).Out, "…Caf\\xe9  evil\\x1b]0;x\\x07\\xc2\\x9b:64211…");
-}
-
-TEST_F(Zephprof, OnATerminalThePasswordIsAskedWithoutEchoAndQuestionsUntilAChoiceIsNamed) {
   const TStep Added =
       OnTerminal({"add", "Tty", "--platform", "Linux64", "--host", "h"}, {{"Password: ", "typed-secret-42\n"}});
   EXPECT_EQ(Added.Status, 0) << Added.Out;
