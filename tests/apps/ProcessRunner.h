@@ -40,12 +40,9 @@ inline bool Matches(const std::string& Text, const std::string& Pattern) {
 
 /// One run of zephprof and what it answers (or must answer).
 struct TStep {
-  TStep(std::vector<std::string> Args, int Status = 0, std::string Out = "…", std::string Err = "…",
-        std::string Stdin = "")
-      : Args(std::move(Args)), Status(Status), Out(std::move(Out)), Err(std::move(Err)), Stdin(std::move(Stdin)) {}
   std::vector<std::string> Args;
-  int Status;  ///< exit status; 128 + signal when killed
-  std::string Out, Err, Stdin;
+  int Status = 0;  ///< exit status; 128 + signal when killed
+  std::string Out = "…", Err = "…", Stdin = "";
 };
 
 class TZephprofTest : public ::testing::Test {

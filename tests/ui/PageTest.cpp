@@ -1,8 +1,9 @@
-// The options page's rules where a user notices them: enabled states, the rename map, delete's
-// neighbour, the Windows default rule and the checks that block.
+// The options page's rules where a user notices them: enabled states, delete's neighbour, the
+// Windows default rule and the checks that block; and the copy command below its controls.
 #include <gtest/gtest.h>
 
 #include "UiTestSupport.h"
+#include "ui/ProfileCommands.h"
 
 namespace {
 
@@ -20,27 +21,6 @@ TEST_F(Page, AnEmptyListLeavesOnlyAddAndImportAndEmptyDisabledEditors) {
             "+AddButton +ImportButton -CopyButton -RenameButton -DeleteButton -ExportButton -SetAsDefaultItem "
             "-TestButton -PlatformCombo -HostNameCombo -PortNumberCombo -PasswordEdit -LocalRootEdit ");
   EXPECT_EQ(P.ProfileList.Groups().size(), 4u);  // the combo's platforms; the hidden ones have no group
-}
-
-TEST_F(Page, RenamesCollectOnlyTheDifferenceFromTheFirstNames) {
-  TRemoteProfilePage& P = Open({{"Linux64", "Box"}, {"Linux64", "Old"}});
-  struct TRow {
-    std::string Answer, Caption, Renames, Message;
-  };
-  for (const TRow& Row : std::vector<TRow>{
-           {"BOX", "Box", "", ""},  // a change of letter case only does nothing
-           {"a/b", "Box", "", "'a/b' is not a valid profile name.  A profile name must be a valid filename"},
-           {"Build", "Build", "Box>Build", ""},
-           {"Server", "Server", "Box>Server", ""},
-           {"Box", "Box", "", ""}}) {  // its first name back: no rename left
-    Messages->Shown.clear();
-    Ui->Inputs = {Row.Answer};
-    EXPECT_TRUE(P.RenameAction.Execute());
-    EXPECT_EQ(P.ProfileList.ListItems()[0].Caption, Row.Caption) << Row.Answer;
-    EXPECT_EQ(RenamesOf(P), Row.Renames) << Row.Answer;
-    EXPECT_EQ(LastMessage(), Row.Message) << Row.Answer;
-  }
-  EXPECT_EQ(Ui->Log.back(), "Input(Rename Profile|Enter the new name for this profile|Server)");
 }
 
 TEST_F(Page, DeleteAsksAndSelectsTheNeighbourOrClearsTheEditors) {
@@ -110,6 +90,17 @@ TEST_F(Page, APortOrHostTheChecksRefuseBlocksSelectionActionsAndOk) {
   EXPECT_TRUE(Dialog->Accept());
   EXPECT_EQ(Live()->GetProfile("A")->GetHostName() + ":" + std::to_string(Live()->GetProfile("A")->GetPortNumber()),
             "mac:22");
+}
+
+TEST_F(Page, ACopyGetsATrimmedNameItsOwnPathItemsAndALocalRootFollowingTheName) {
+  const auto Mac = Live()->AddProfile("Mac", "OSX32", "box", 1, {}, "C:\\SDKs\\Mac\\x", {{"/usr", "*", true}}, false);
+  const auto Copy = CopyProfile(*Live(), Mac, " Mac2 ");
+  EXPECT_EQ(Copy->GetName() + "|" + Copy->GetHostName() + "|" + Copy->GetSystemRoot(), "Mac2|box|C:\\SDKs\\Mac2\\x");
+  EXPECT_TRUE(Copy->GetPaths().SameItems(Mac->GetPaths()));
+  EXPECT_FALSE(Copy->GetPaths().SameArray(Mac->GetPaths()));
+  EXPECT_FALSE(CopyProfile(*Live(), Mac, "MAC"));
+  EXPECT_EQ(Messages->Shown.size(), 1u);
+  EXPECT_EQ(LastMessage(), "A profile named 'MAC' already exists");
 }
 
 }  // namespace

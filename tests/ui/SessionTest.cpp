@@ -104,6 +104,8 @@ TEST_F(Session, TheUsersEditsReachLiveManagerStoresAndProjectsOnlyWhenAccepted) 
   P->ProfileList.Select(1);
   P->ExportButton.Click();
   EXPECT_EQ(CaptionsOf(*P) + "| " + RenamesOf(*P), "Mac Server Hest Mac Copy Imported | Box>Server");
+  EXPECT_NE(std::ranges::find(Ui->Log, "Input(Rename Profile|Enter the new name for this profile|Mac X)"),
+            Ui->Log.end());
   ASSERT_TRUE(Dialog->Accept());
 
   EXPECT_EQ(Names("Linux64") + "| " + Names("OSX32"), "Hest Server Imported | Mac Mac Copy ");

@@ -88,13 +88,10 @@ TEST_F(Wizard, EachPageKeepsTheUserUntilItsEntriesPassAndFinishAddsTheProfile) {
 TEST_F(Wizard, AKeptPasswordShowsAsEightBlanksAndComesBackUnlessTheUserTypes) {
   TForm Form("Form");
   TRemoteProfilePasswordFrame Frame(Form);
-  struct TRow {
-    TOTARemoteProfileCredential Set;
-    std::string Typed, File;  // Typed: keys pressed, then the edit's text
-    TOTARemoteProfileCredential Got;
-  };
+  // Typed: keys pressed, then the edit's text; File: a password file chosen.
+  using TRow = std::tuple<TOTARemoteProfileCredential, std::string, std::string, TOTARemoteProfileCredential>;
   const TOTARemoteProfileCredential Stored{"enc", true, true}, PassFile{"/k.passfile", false, true};
-  for (const TRow& Row :
+  for (const auto& [Set, Typed, File, Expected] :
        std::vector<TRow>{{Stored, "", "", Stored},
                          {Stored, kPasswordPlaceholder, "", {kPasswordPlaceholder, true, false}},  // eight blanks typed
                          {Stored, "new", "", {"new", true, false}},
@@ -102,14 +99,14 @@ TEST_F(Wizard, AKeptPasswordShowsAsEightBlanksAndComesBackUnlessTheUserTypes) {
                          {PassFile, "", "", PassFile},
                          {{"", true, false}, "", "", {"", true, false}},
                          {{"", true, false}, "x", "/p.passfile", {"/p.passfile", false, true}}}) {
-    Frame.SetData(Row.Set);
-    const bool Kept = Row.Set.IsEncrypted || !Row.Set.PasswordOrFile.empty();
-    EXPECT_EQ(Frame.PasswordEdit.Text(), Kept ? kPasswordPlaceholder : "") << Row.Set.PasswordOrFile;
-    if (!Row.Typed.empty()) Frame.PasswordEdit.KeyPress(Row.Typed[0]), Frame.PasswordEdit.EditText(Row.Typed);
-    if (!Row.File.empty()) Ui->Files = {Row.File}, Frame.SelectPassFileButton.Click();
+    Frame.SetData(Set);
+    const bool Kept = Set.IsEncrypted || !Set.PasswordOrFile.empty();
+    EXPECT_EQ(Frame.PasswordEdit.Text(), Kept ? kPasswordPlaceholder : "") << Set.PasswordOrFile;
+    if (!Typed.empty()) Frame.PasswordEdit.KeyPress(Typed[0]), Frame.PasswordEdit.EditText(Typed);
+    if (!File.empty()) Ui->Files = {File}, Frame.SelectPassFileButton.Click();
     TOTARemoteProfileCredential Got;
     Frame.GetData(Got);
-    EXPECT_EQ(Got, Row.Got) << Row.Set.PasswordOrFile << " typed '" << Row.Typed << "'";
+    EXPECT_EQ(Got, Expected) << Set.PasswordOrFile << " typed '" << Typed << "'";
   }
   Frame.SetData(Stored);  // a password after a password file: the file is not kept
   TOTARemoteProfileCredential Got;

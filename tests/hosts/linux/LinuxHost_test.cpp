@@ -2,43 +2,36 @@
 
 #include "HostTestSupport.h"
 #include "client/ClientFactory.h"
+#include "core/RemoteProfileManager.h"
+#include "host/startup/HostIntegration.h"
 
 using LinuxHostTest = THostFilesTest;
 
 TEST_F(LinuxHostTest, DirectoriesFollowAbsoluteXdgSettingsElseTheHomeFolder) {
   const struct {
     std::optional<std::string> Config, Data, Documents;
-    std::string UserDirs;                          // the documents line of user-dirs.dirs
-    std::string Settings, AppData, BaseDocuments;  // "~" is the home folder
+    bool UserDirs;                        // user-dirs.dirs names "$HOME/Dok" as the documents folder
+    std::string Settings, AppData, Base;  // each followed by "/zephprof"; "~" is the home folder
   } Cases[] = {
-      {{}, {}, {}, "", "~/.config/zephprof/settings.ini", "~/.local/share/zephprof", "~/Documents/zephprof"},
-      {"/cfg", "/data", "/docs", "", "/cfg/zephprof/settings.ini", "/data/zephprof", "/docs/zephprof"},
-      {"cfg", "", "docs", "", "~/.config/zephprof/settings.ini", "~/.local/share/zephprof", "~/Documents/zephprof"},
-      {{},
-       {},
-       {},
-       "XDG_DOCUMENTS_DIR=\"$HOME/Dok\"",
-       "~/.config/zephprof/settings.ini",
-       "~/.local/share/zephprof",
-       "~/Dok/zephprof"},
-      {{},
-       {},
-       "/explicit",
-       "XDG_DOCUMENTS_DIR=\"$HOME/Dok\"",
-       "~/.config/zephprof/settings.ini",
-       "~/.local/share/zephprof",
-       "/explicit/zephprof"},
+      {{}, {}, {}, false, "~/.config", "~/.local/share", "~/Documents"},
+      {"/cfg", "/data", "/docs", false, "/cfg", "/data", "/docs"},
+      {"cfg", "", "docs", false, "~/.config", "~/.local/share", "~/Documents"},
+      {{}, {}, {}, true, "~/.config", "~/.local/share", "~/Dok"},
+      {{}, {}, "/explicit", true, "~/.config", "~/.local/share", "/explicit"},
   };
-  auto Home = [&](const std::string& Text) { return Text[0] == '~' ? Dir.string() + Text.substr(1) : Text; };
+  auto Home = [&](const std::string& Text) {
+    return (Text[0] == '~' ? Dir.string() + Text.substr(1) : Text) + "/zephprof";
+  };
   std::filesystem::create_directories(At(".config"));
   for (const auto& C : Cases) {
     SetEnv("XDG_CONFIG_HOME", C.Config);
     SetEnv("XDG_DATA_HOME", C.Data);
     SetEnv("XDG_DOCUMENTS_DIR", C.Documents);
-    WriteFileText(At(".config/user-dirs.dirs"), "# by hand\nXDG_DESKTOP_DIR=\"$HOME/Desk\"\n" + C.UserDirs);
-    EXPECT_EQ(LinuxHost::DefaultSettingsFileName(), Home(C.Settings));
+    WriteFileText(At(".config/user-dirs.dirs"), std::string("# by hand\nXDG_DESKTOP_DIR=\"$HOME/Desk\"\n") +
+                                                    (C.UserDirs ? "XDG_DOCUMENTS_DIR=\"$HOME/Dok\"" : ""));
+    EXPECT_EQ(LinuxHost::DefaultSettingsFileName(), Home(C.Settings) + "/settings.ini");
     EXPECT_EQ(LinuxHost::DefaultAppDataDir(), Home(C.AppData));
-    EXPECT_EQ(LinuxHost::DefaultBaseDocumentsDir(), Home(C.BaseDocuments)) << C.UserDirs;
+    EXPECT_EQ(LinuxHost::DefaultBaseDocumentsDir(), Home(C.Base)) << C.UserDirs;
   }
 }
 
@@ -70,9 +63,6 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   EXPECT_EQ(Host.Environment->fnBaseDocumentsDir(), At("Documents/zephprof"));
   EXPECT_FALSE(std::filesystem::exists(At("Documents")));
   const THostServices& Installed = HostServices();
-  EXPECT_EQ(Installed.AppIniFile, Host.Settings);
-  EXPECT_EQ(Installed.Environment, Host.Environment);
-  EXPECT_EQ(Installed.EnvFileWriter, Host.EnvFileWriter);
   EXPECT_EQ(Installed.Platforms->GetAllPlatforms().size(), 11u);
   for (const char* Unknown : {"win32", "", "WinARM"}) EXPECT_EQ(Installed.Platforms->GetPlatform(Unknown), nullptr);
   EXPECT_EQ(Installed.Platforms->GetPlatform("OSXARM64")->GetDisplayName(), "macOS ARM 64-bit");
@@ -80,7 +70,6 @@ TEST_F(LinuxHostTest, TheDefaultsAreInstalledWithTheHestrelAgentLibrary) {
   ASSERT_NE(Agent, nullptr);
   EXPECT_EQ(Agent->GetAppDataDir(), At(".local/share/zephprof"));
   EXPECT_EQ(TRAClientFactory::GetInstance(), Agent);
-  EXPECT_EQ(Installed.Messages, nullptr);
 }
 
 TEST_F(LinuxHostTest, AWriterWaitsForTheStoresLockAndThenRefusesTheStore) {
@@ -96,4 +85,37 @@ TEST_F(LinuxHostTest, AWriterWaitsForTheStoresLockAndThenRefusesTheStore) {
                                           "' is being changed by another program (it holds '" + Settings +
                                           ".lock' locked); nothing was changed, try again when it has finished");
   EXPECT_FALSE(Second.Settings->UpdateFile().Ok());
+}
+
+// Profile files go where ZEPHPROFILESDIR says; the ones saved before it was set are still read
+// from the application-data directory, and move there on their next save.
+TEST_F(LinuxHostTest, SettingZephProfilesDirMovesProfileFilesOnTheirNextSaveAndHidesNone) {
+  TLinuxHostOptions Options;
+  Options.SettingsFileName = At("settings.ini");
+  Options.AppDataDir = At("data");
+  const TIniFilePtr Settings = InstallLinuxHost(Options).Settings;
+  RemoteProfileManagerStartup();  // declares the default, which alone changes nothing
+  const auto Saved = TRemoteProfileManager::Create(Settings);
+  Saved->AddProfile("Box", "Linux64", "from.file", 64211, {}, "/sdk", {}, false);
+  Saved->SaveOptions(*Settings);
+  EXPECT_TRUE(std::filesystem::exists(At("data/Box.profile")));
+  SetEnv("ZEPHPROFILESDIR", At("profiles"));
+  std::filesystem::create_directory(At("profiles"));
+  EXPECT_EQ(TRemoteProfileManager::GetProfileFileName("Box"), At("profiles/Box.profile"));
+  const auto Loaded = TRemoteProfileManager::Create(Settings);
+  ASSERT_NE(Loaded->GetProfile("Box"), nullptr);
+  const auto HostNameInFile = [&] {
+    std::string Name = "Box", Platform, HostName = "none", Root;
+    std::int32_t Port = 0;
+    TOTARemoteProfileCredential Credential;
+    TOTARemoteProfilePathArray Paths;
+    Loaded->LoadProfileFile("", Name, Platform, HostName, Port, Credential, Root, Paths, false);
+    return HostName;
+  };
+  EXPECT_EQ(HostNameInFile(), "from.file");
+  Loaded->SaveOptions(*Settings);
+  std::filesystem::remove(At("data/Box.profile"));
+  EXPECT_EQ(HostNameInFile(), "from.file");
+  EXPECT_TRUE(std::filesystem::exists(At("profiles/Box.profile")));
+  RemoteProfileManagerShutdown();
 }

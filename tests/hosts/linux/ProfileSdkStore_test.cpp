@@ -78,15 +78,3 @@ TEST_F(ProfileSdkStore, AnImportedProfileStartsFromItsPlatformsDefaultSet) {
   EXPECT_EQ(Entry("Mac"),
             "66: " + GetDefaultPaths("OSX32")[0].Path);  // path items are never read back from a profile file
 }
-
-TEST_F(ProfileSdkStore, OnlyItsOwnSectionsAreWritten) {
-  auto Logged = std::make_shared<TMemIniFile>();
-  Live->AddNotifier(std::make_shared<TProfileSdkStore>(Logged));
-  const IOTARemoteProfilePtr Box = Add("Box", Include);
-  Box->SetName("Builder");
-  Box->SetHostName("other");
-  Live->RemoveProfile(Box);
-  ASSERT_FALSE(Logged->Log.empty());
-  for (const std::string& Call : Logged->Log)
-    EXPECT_TRUE(Call.rfind("Read", 0) == 0 || Call.find("(ProfileSDKs\\") == Call.find('(')) << Call;
-}
