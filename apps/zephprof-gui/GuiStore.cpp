@@ -1,9 +1,11 @@
 // zephprof-gui: the settings store as the windows use it (see GuiStore.h).
 #include "GuiStore.h"
 
+#include <QCoreApplication>
 #include <fstream>
 #include <sstream>
 
+#include "client/ClientFactory.h"
 #include "core/Text.h"
 #include "host/startup/HostIntegration.h"
 #include "hosts/linux/LinuxProjects.h"
@@ -30,6 +32,12 @@ bool TGuiStore::Open(const TGuiOptions& Options, std::shared_ptr<QtHost::TQtUser
   HostOptions.LockForWriting = true;
   HostOptions.LockTimeout = FLockTimeout = Options.LockTimeout;
   FHost = InstallLinuxHost(HostOptions);
+  if (const auto Agent = std::dynamic_pointer_cast<hestrel::THestrelClientFactory>(FHost.Services.AgentLibrary)) {
+    // While a connection is set up the windows are drawn and timers run; the user's clicks and
+    // keys wait until it is done, so no second action starts in the middle of one.
+    Agent->Options() = Options.Agent;
+    Agent->Options().WhileWaiting = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+  }
   FSettingsFile = FHost.Settings->GetFileName();
   FError = FHost.SettingsLoadError;
   if (FError.empty() && !Options.GroupFile.empty()) {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "client/ClientOptions.h"
 #include "core/RemoteProfileManager.h"
 #include "hosts/linux/LinuxHost.h"
 #include "hosts/linux/ProfileSdkStore.h"
@@ -21,6 +22,8 @@ struct TGuiOptions {
   std::string GroupFile;     ///< the open project group; empty: none
   bool HoldLock = false;     ///< keep the writer lock until the program ends
   std::chrono::milliseconds LockTimeout{5000};
+  /// The Hestrel client's options; while it connects, the windows are drawn and timers run.
+  hestrel::THestrelClientOptions Agent{};
 };
 
 class TGuiStore {

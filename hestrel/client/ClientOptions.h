@@ -1,6 +1,7 @@
 // Hestrel client: tunables of the client, given to the factory.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace hestrel {
@@ -8,6 +9,11 @@ namespace hestrel {
 struct THestrelClientOptions {
   /// Bound on connecting (TCP, banner, key exchange); a silent host fails after it.
   int ConnectTimeoutSeconds = 10;
+  /// Set: connecting (TCP, key exchange, host-key check, authentication) runs on a thread of its
+  /// own while the calling thread calls this every 25 ms until it is done, e.g. to keep a window
+  /// drawn. The session is only touched by one thread at a time, and the listener is only asked
+  /// on the calling thread. Empty: connecting blocks the calling thread.
+  std::function<void()> WhileWaiting;
   /// Bound on each wait for the server once connected (a hung server fails after it).
   int OperationTimeoutSeconds = 120;
   /// Where public-key authentication looks for id_* keys; empty: libssh's default (~/.ssh).

@@ -5,6 +5,10 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <chrono>
+#include <future>
+#include <system_error>
+
 #include "client/Authentication.h"
 #include "client/ClientErrors.h"
 #include "client/KnownHosts.h"
@@ -80,9 +84,9 @@ TConnectResult ConnectFailure(const std::string& Raw, const std::string& Host, i
   return Result;
 }
 
-}  // namespace
+constexpr std::chrono::milliseconds WaitingInterval{25};
 
-TConnectResult OpenConnection(const TConnectRequest& Request) {
+TConnectResult SetUpConnection(const TConnectRequest& Request) {
   std::string User, Host;
   SplitUserHost(Request.HostName, User, Host);
   TConnectResult Result;
@@ -109,6 +113,23 @@ TConnectResult OpenConnection(const TConnectRequest& Request) {
     return Result;
   Result.Session = std::move(Session);
   return Result;
+}
+
+}  // namespace
+
+TConnectResult OpenConnection(const TConnectRequest& Request) {
+  if (!Request.Options.WhileWaiting) return SetUpConnection(Request);
+  TConnectRequest WorkersOwn = Request;       // the session it makes is the worker's until get()
+  WorkersOwn.Options.WhileWaiting = nullptr;  // the hook belongs to the calling thread
+  std::future<TConnectResult> Attempt;
+  try {
+    Attempt = std::async(std::launch::async, SetUpConnection, std::move(WorkersOwn));
+  } catch (const std::system_error&) {
+    return SetUpConnection(Request);  // no thread to be had: connect as without a hook
+  }
+  // Should the hook throw, the future's destructor still waits for the worker to end.
+  while (Attempt.wait_for(WaitingInterval) != std::future_status::ready) Request.Options.WhileWaiting();
+  return Attempt.get();
 }
 
 }  // namespace hestrel

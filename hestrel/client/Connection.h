@@ -24,6 +24,8 @@ struct TConnectResult {
   bool Retryable = false;  ///< the network failed (refused, timed out): asking to retry makes sense
 };
 
+/// With Options.WhileWaiting, the attempt runs on a thread of its own and the hook is called
+/// on the calling thread until it ends; the session is handed over only then.
 TConnectResult OpenConnection(const TConnectRequest& Request);
 
 }  // namespace hestrel

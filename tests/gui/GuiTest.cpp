@@ -1,8 +1,13 @@
 // zephprof-gui's windows driven as a user would, against a real `hestrel` on loopback: clicks
 // and typing through the options window, the wizard, the path item dialog, the progress window
 // and both selection dialogs reach the live manager and the settings file on OK, and nothing
-// reaches them on Cancel or when another program changed the file meanwhile. With
+// reaches them on Cancel or when another program changed the file meanwhile; the window keeps
+// drawing while a connection is set up. With
 // ZEPH_SCREENSHOT_DIR set, each window is saved there as a PNG (scripts/screenshots.sh).
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
@@ -221,6 +226,37 @@ class TGuiTest : public QObject {
     Window.CancelClick();
   }
 
+  void testConnectionKeepsTheWindowDrawing() {
+    // A host that accepts the connection and never answers: the client waits out its timeout.
+    const int Silent = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in Address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t Length = sizeof Address;
+    QCOMPARE(::bind(Silent, reinterpret_cast<sockaddr*>(&Address), Length) + ::listen(Silent, 8), 0);
+    ::getsockname(Silent, reinterpret_cast<sockaddr*>(&Address), &Length);
+    hestrel::THestrelClientOptions Quick;
+    Quick.ConnectTimeoutSeconds = 1;
+    Open(false, {"Quiet"}, Quick);
+    TOptionsWindow Window(*Store);
+    Window.show();
+    Type(Window.PageView(), "HostNameCombo", "127.0.0.1");
+    Type(Window.PageView(), "PortNumberCombo", QString::number(ntohs(Address.sin_port)));
+    int Ticks = 0, TicksWhenTold = -1;
+    QTimer Ticker;
+    QObject::connect(&Ticker, &QTimer::timeout, [&Ticks] { ++Ticks; });
+    Ticker.start(20);
+    QString Said;
+    OnModal<QMessageBox>([&](QMessageBox& Box) {
+      TicksWhenTold = Ticks;
+      Said = Box.text();
+      Box.buttons().front()->click();
+    });
+    Click(Window.PageView(), "TestButton");
+    ::close(Silent);
+    QCOMPARE(Said, QString("Connection to '127.0.0.1' on port %1 timed out").arg(ntohs(Address.sin_port)));
+    QVERIFY2(TicksWhenTold >= 10, qPrintable(QString::number(TicksWhenTold)));  // about 50 in that second
+    Window.CancelClick();
+  }
+
   void selectionDialogsPrintTheChosenProfile() {
     Open(true, {"Box"});
     // The selector's Add runs the wizard for its platform; the new profile is committed.
@@ -272,10 +308,11 @@ class TGuiTest : public QObject {
 
  private:
   /// A store of its own in the test's folder, holding Linux64 profiles of Names.
-  void Open(bool HoldLock, const std::vector<std::string>& Names) {
+  void Open(bool HoldLock, const std::vector<std::string>& Names, const hestrel::THestrelClientOptions& Agent = {}) {
     ResetRemoteProfileMgrForTesting();
     Store = std::make_unique<TGuiStore>();
     TGuiOptions Options{(Dir->Path / "settings.ini").string(), (Dir->Path / "data").string(), "", HoldLock};
+    Options.Agent = Agent;
     QVERIFY2(Store->Open(Options, Ui), Store->Error().c_str());
     for (const std::string& Name : Names) Store->Live()->AddProfile(Name, "Linux64", "h", 64211, {}, "", {}, false);
     Store->Live()->SaveOptions(*HostServices().AppIniFile);

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <thread>
+
 #include "Support.h"
 #include "client/ClientErrors.h"
 #include "client/ClientFactory.h"
@@ -27,13 +29,16 @@ std::int64_t MTime(const std::string& Path) {
   return ::lstat(Path.c_str(), &St) == 0 ? St.st_mtim.tv_sec : -1;
 }
 
-/// Grants Retries retries, then answers Abort with AbortAnswer; counts the calls.
+/// Grants Retries retries, then answers Abort with AbortAnswer; counts the calls and those made
+/// on a thread other than the one that made it.
 struct TScriptedConnectionListener : IConnectionListener {
   explicit TScriptedConnectionListener(int Retries = 1, bool Abort = false) : Retries(Retries), AbortAnswer(Abort) {}
-  bool Retry() override { return ++RetryCalls <= Retries; }
-  bool Abort() override { return ++AbortCalls, AbortAnswer; }
-  int Retries, RetryCalls = 0, AbortCalls = 0;
+  bool Retry() override { return Called(), ++RetryCalls <= Retries; }
+  bool Abort() override { return Called(), ++AbortCalls, AbortAnswer; }
+  void Called() { Elsewhere += std::this_thread::get_id() != Maker; }
+  int Retries, RetryCalls = 0, AbortCalls = 0, Elsewhere = 0;
   bool AbortAnswer;
+  std::thread::id Maker = std::this_thread::get_id();
 };
 
 /// A client of the shared sshd, its local root in SysRoot; with the exec fast paths (find
@@ -119,9 +124,12 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
   ASSERT_EQ(::bind(Silent, reinterpret_cast<sockaddr*>(&Address), Length) + ::listen(Silent, 8), 0);
   ::getsockname(Silent, reinterpret_cast<sockaddr*>(&Address), &Length);
   const int Closed = 1, Quiet = ntohs(Address.sin_port), SshdPort = Sshd.Port, HestrelPort = Hestrel.Port;
-  THestrelClientOptions Keys = Sshd.Options(), Unauthorised = Keys, Quick;
+  THestrelClientOptions Keys = Sshd.Options(), Unauthorised = Keys, Quick, Waiting;
   Unauthorised.SshDirectory = NoKeys.Path;
   Quick.ConnectTimeoutSeconds = 1;
+  int Waits = 0;
+  Waiting = Quick;
+  Waiting.WhileWaiting = [&Waits] { ++Waits; };
   auto AuthFailed = [](const char* User, int Port) {
     return Format(sErrAuthFailed, {User, "127.0.0.1", std::int64_t(Port)});
   };
@@ -169,6 +177,7 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
       {"127.0.0.1", Closed, {}, {}, Format(sErrConnectionRefused, {"127.0.0.1", std::int64_t(Closed)}), 2, 1, false},
       {"127.0.0.1", Closed, {}, {}, Format(sErrConnectionRefused, {"127.0.0.1", std::int64_t(Closed)}), 1, 1, true},
       {"127.0.0.1", Quiet, {}, Quick, Format(sErrTimedOut, {"127.0.0.1", std::int64_t(Quiet)}), 2, 1, false},
+      {"127.0.0.1", Quiet, {}, Waiting, Format(sErrTimedOut, {"127.0.0.1", std::int64_t(Quiet)}), 2, 1, false},
   };
   for (const auto& Case : Cases) {
     TScriptedConnectionListener Listener(1, Case.Abort);
@@ -178,7 +187,9 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
     EXPECT_EQ(std::to_string(Listener.RetryCalls) + " " + std::to_string(Listener.AbortCalls),
               std::to_string(Case.Retries) + " " + std::to_string(Case.Aborts))
         << Case.Error;
+    EXPECT_EQ(Listener.Elsewhere, 0) << Case.Error;  // never from the thread that connects
   }
+  EXPECT_GT(Waits, 20);  // every 25 ms of the two one-second attempts
   ::close(Silent);
 }
 
