@@ -8,10 +8,6 @@
 
 #include "ui/Controls.h"
 
-namespace {
-constexpr std::size_t kHistoryLength = 25;
-}  // namespace
-
 TTerminalUserInterface::TTerminalUserInterface(bool Interactive, std::istream& In, std::ostream& Err)
     : FInteractive(Interactive), FIn(In), FErr(Err) {}
 
@@ -58,15 +54,11 @@ bool TTerminalUserInterface::ExecuteFileDialog(TOTAFileDialog& Dialog) {
 }
 
 std::vector<std::string> TTerminalUserInterface::GetHistory(const std::string& ListName) const {
-  const auto Found = FHistory.find(ListName);
-  return Found == FHistory.end() ? std::vector<std::string>{} : Found->second;
+  return FHistory.Get(ListName);
 }
 
 void TTerminalUserInterface::AddToHistory(const std::string& ListName, const std::string& Text) {
-  std::vector<std::string>& List = FHistory[ListName];
-  std::erase(List, Text);
-  List.insert(List.begin(), Text);
-  if (List.size() > kHistoryLength) List.resize(kHistoryLength);
+  FHistory.Add(ListName, Text);
 }
 
 void TTerminalUserInterface::ShowForm(TForm& Form, TShowMode /*Mode*/) { FShown.push_back(&Form); }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "host/UserInterface.h"
+#include "ui/HistoryLists.h"
 
 class TTerminalUserInterface : public IOTAUserInterfaceServices {
  public:
@@ -46,6 +47,6 @@ class TTerminalUserInterface : public IOTAUserInterfaceServices {
   std::ostream& FErr;
   std::deque<std::string> FInputs, FFiles;
   std::deque<std::function<void(TForm&)>> FForms;
-  std::map<std::string, std::vector<std::string>> FHistory;
+  THistoryLists FHistory;
   std::vector<TForm*> FShown;
 };

@@ -14,8 +14,6 @@ namespace QtHost {
 
 namespace {
 
-constexpr std::size_t kHistoryLength = 25;
-
 QWidget* ActiveWindow() {
   if (QWidget* Modal = QApplication::activeModalWidget()) return Modal;
   return QApplication::activeWindow();
@@ -108,15 +106,11 @@ bool TQtUserInterface::ExecuteFileDialog(TOTAFileDialog& Dialog) {
 }
 
 std::vector<std::string> TQtUserInterface::GetHistory(const std::string& ListName) const {
-  const auto Found = FHistory.find(ListName);
-  return Found == FHistory.end() ? std::vector<std::string>{} : Found->second;
+  return FHistory.Get(ListName);
 }
 
 void TQtUserInterface::AddToHistory(const std::string& ListName, const std::string& Text) {
-  std::vector<std::string>& List = FHistory[ListName];
-  std::erase(List, Text);
-  List.insert(List.begin(), Text);
-  if (List.size() > kHistoryLength) List.resize(kHistoryLength);
+  FHistory.Add(ListName, Text);
 }
 
 void TQtUserInterface::SetWaitCursor(bool Waiting) {

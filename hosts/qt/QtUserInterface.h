@@ -13,6 +13,7 @@
 #include "host/MessageBox.h"
 #include "host/UserInterface.h"
 #include "hosts/qt/FormView.h"
+#include "ui/HistoryLists.h"
 
 class QWidget;
 
@@ -61,7 +62,7 @@ class TQtUserInterface : public IOTAUserInterfaceServices {
   std::vector<std::unique_ptr<TFormView>> FViews;
   /// Windows taken off the screen, freed once no handler of theirs can be running.
   std::vector<std::unique_ptr<TFormView>> FHidden;
-  std::map<std::string, std::vector<std::string>> FHistory;
+  THistoryLists FHistory;
   IOTARemoteProfileServicesPtr FEdited;
 };
 
