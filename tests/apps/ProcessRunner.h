@@ -16,16 +16,10 @@
 #include <thread>
 #include <vector>
 
+#include "doubles/FileText.h"
 #include "doubles/HostDoubles.h"
 
 namespace fs = std::filesystem;
-
-inline std::string ReadWholeFile(const fs::path& File) {
-  std::ifstream In(File, std::ios::binary);
-  std::ostringstream Content;
-  Content << In.rdbuf();
-  return Content.str();
-}
 
 /// Whether Text is Pattern, each "…" of which stands for any text ("…" alone: anything).
 inline bool Matches(const std::string& Text, const std::string& Pattern) {
@@ -56,7 +50,7 @@ class TZephprofTest : public ::testing::Test {
     const std::string Line = Command(ZEPH_ZEPHPROF_BINARY, Args) + " <" + Quoted(Dir / "stdin") + " >" +
                              Quoted(Dir / "stdout") + " 2>" + Quoted(Dir / "stderr");
     const int Status = StatusOf(std::system(Line.c_str()));  // before the files are read
-    return TStep(Args, Status, ReadWholeFile(Dir / "stdout"), ReadWholeFile(Dir / "stderr"));
+    return TStep(Args, Status, ReadFileText(Dir / "stdout"), ReadFileText(Dir / "stderr"));
   }
   /// Runs the steps in order, each checked against what it must answer.
   void Run(const std::vector<TStep>& Steps) const {
@@ -119,9 +113,9 @@ class TZephprofTest : public ::testing::Test {
     const std::string Binary = " " + Quoted(ZEPH_HESTREL_BINARY);
     Line.insert(Line.find(Binary), " HOME=" + Quoted(Root));
     if (std::system(Line.c_str()) != 0) return "0";
-    FServerPid = std::stoi("0" + ReadWholeFile(Dir / "pid"));
+    FServerPid = std::stoi("0" + ReadFileText(Dir / "pid"));
     for (int I = 0; I < 200; ++I, std::this_thread::sleep_for(std::chrono::milliseconds(50))) {
-      const std::string Log = ReadWholeFile(Dir / "log");
+      const std::string Log = ReadFileText(Dir / "log");
       const std::size_t At = Log.find("hestrel listening on "), End = Log.find('\n', At);  // "...127.0.0.1:PORT"
       if (At != std::string::npos && End != std::string::npos)
         return Log.substr(Log.rfind(':', End) + 1, End - Log.rfind(':', End) - 1);

@@ -12,7 +12,7 @@ class ZephprofDeploy : public TZephprofTest {
  protected:
   void SetUp() override {
     Port = StartHestrel(Remote, "deploy-pw");
-    ASSERT_NE(Port, "0") << ReadWholeFile(Dir / "log");
+    ASSERT_NE(Port, "0") << ReadFileText(Dir / "log");
     Run({TStep({"add", "Box", "--platform", "Linux64", "--host", "127.0.0.1", "--port", Port, "--password-stdin"}, 0,
                "…", "", "deploy-pw\n")});
   }
@@ -43,7 +43,7 @@ class ZephprofDeploy : public TZephprofTest {
               (Dir / ("err" + std::to_string(I))).string() + " & ";
     EXPECT_EQ(std::system((Line + "wait)").c_str()), 0);
     std::vector<std::string> Errors;
-    for (std::size_t I = 0; I < Calls.size(); ++I) Errors.push_back(ReadWholeFile(Dir / ("err" + std::to_string(I))));
+    for (std::size_t I = 0; I < Calls.size(); ++I) Errors.push_back(ReadFileText(Dir / ("err" + std::to_string(I))));
     return Errors;
   }
   const fs::path Remote = Dir / "root";
@@ -68,14 +68,14 @@ TEST_F(ZephprofDeploy, TheExampleIsCompiledOnAgreementDeployedAndRunOnTheRemoteM
              "…"),
        TStep({"--no", "deploy", Project, "--config", "Debug"}, 0, "…Deployed …")});  // up to date: no question
   const fs::path Output = Remote / "hello.out";
-  for (int I = 0; I < 100 && ReadWholeFile(Output).empty(); ++I) usleep(50000);
-  EXPECT_PRED2(Matches, ReadWholeFile(Output), "Hello from …, deployed by zephprof.\n");
+  for (int I = 0; I < 100 && ReadFileText(Output).empty(); ++I) usleep(50000);
+  EXPECT_PRED2(Matches, ReadFileText(Output), "Hello from …, deployed by zephprof.\n");
 }
 
 TEST_F(ZephprofDeploy, TwoDeploysAtOnceTakeTurnsAndAFailedBuildIsAnnouncedAsAFailure) {
   const std::string Project = WriteProject("app.proj", " Profile='Box'");
   const auto Errors = AtOnce({{"deploy", Project}, {"deploy", Project, "--config", "Broken"}});
-  EXPECT_EQ(ReadWholeFile(Dir / "deploys.log"), "start Box\nend\nstart Box\nend\n");
+  EXPECT_EQ(ReadFileText(Dir / "deploys.log"), "start Box\nend\nstart Box\nend\n");
   EXPECT_PRED2(Matches, Errors[0] + Errors[1],
                "…Waiting for another deploy to finish: the build lock '" + (Data / "build.lock").string() +
                    "' is held by process …");
@@ -87,7 +87,7 @@ TEST_F(ZephprofDeploy, ARenameFollowsIntoTheGroupsProjectsAndTheEnvFileThatATerm
                     Group = Dir / "all.groupproj", EnvFile = Data / "environment.proj";
   std::ofstream(Group) << "<Project><ItemGroup><Projects Include='app.proj'/><Projects Include='lib.proj'/>"
                           "</ItemGroup></Project>";
-  const std::string AppText = ReadWholeFile(App), LibText = ReadWholeFile(Lib);
+  const std::string AppText = ReadFileText(App), LibText = ReadFileText(Lib);
   // Each file as it was, but for the profile of Linux64 (everything else byte for byte).
   const auto AppWith = [&](const std::string& Profile) {
     return AppText.substr(0, AppText.find("box")) + Profile + AppText.substr(AppText.find("box") + 3);
@@ -98,7 +98,7 @@ TEST_F(ZephprofDeploy, ARenameFollowsIntoTheGroupsProjectsAndTheEnvFileThatATerm
   };
   Run({TStep({"env-file"}, 0, EnvFile + "\n", ""), TStep({"assign", Lib, "Linux64", "Box"}, 0, "…", ""),
        TStep({"--group", Group, "rename", "Box", "Server"}, 0, "…", "")});
-  EXPECT_EQ(ReadWholeFile(App) + ReadWholeFile(Lib), AppWith("Server") + LibWith("Server"));
+  EXPECT_EQ(ReadFileText(App) + ReadFileText(Lib), AppWith("Server") + LibWith("Server"));
   std::array<char, 4096> Buffer{};
   FILE* Build = popen(("cd " + Dir.string() + " && ZephEnvFile=" + EnvFile +
                        " xbuild /nologo /t:ShowProfile /p:Platform=Linux64 app.proj")
@@ -108,7 +108,7 @@ TEST_F(ZephprofDeploy, ARenameFollowsIntoTheGroupsProjectsAndTheEnvFileThatATerm
   EXPECT_EQ(pclose(Build), 0);
   EXPECT_PRED2(Matches, Shown, "…Profile=Server.…");  // the platform's default, renamed with it
   Run({TStep({"--group", Group, "--yes", "remove", "Server"}, 0, "…", "…")});
-  EXPECT_EQ(ReadWholeFile(App) + ReadWholeFile(Lib), AppWith("") + LibWith(""));
+  EXPECT_EQ(ReadFileText(App) + ReadFileText(Lib), AppWith("") + LibWith(""));
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ class ZephprofRemote : public TZephprofTest {
   void SetUp() override {
     Port = StartHestrel(Remote, ServerPassword);
     // A server that does not start is a failure, never a silent pass.
-    ASSERT_NE(Port, "0") << ReadWholeFile(Dir / "server.log");
+    ASSERT_NE(Port, "0") << ReadFileText(Dir / "server.log");
     Run({AddLoop("Loop")});
   }
   /// Adds a profile of the server, with the server's password.
@@ -45,7 +45,7 @@ TEST_F(ZephprofRemote, PutAndRmShowTheirStepsAndListWhatFailed) {
        TStep({"put", "Loop", Missing, Local, "--to", Remote.string()}, 1, "",
              "Updating Remote Files (2 items)\n…[2/2] Copying '" + Local + "' to remote machine\n…1 error:\n…" +
                  Missing + "…")});
-  EXPECT_EQ(ReadWholeFile(Copied), "hello\n");
+  EXPECT_EQ(ReadFileText(Copied), "hello\n");
   EXPECT_FALSE(fs::exists(Remote / "missing.txt"));
 }
 
@@ -67,9 +67,9 @@ TEST_F(ZephprofRemote, QueriesAndRunsAnswerFromTheRemoteMachineAndAFailedConnect
        TStep({"test", "Loop"}, 1, "", "zephprof: Connection to '127.0.0.1' on port 1…"),
        TStep({"env", "Loop"}, 1, "", "zephprof: …"), TStep({"expand", "Loop", "~"}, 1)});
   EXPECT_TRUE(fs::is_symlink(Remote / "link"));
-  for (int I = 0; I < 50 && ReadWholeFile(Remote / "out.txt").empty(); ++I)
+  for (int I = 0; I < 50 && ReadFileText(Remote / "out.txt").empty(); ++I)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_EQ(ReadWholeFile(Remote / "out.txt"), "hi there --cwd\n");
+  EXPECT_EQ(ReadFileText(Remote / "out.txt"), "hi there --cwd\n");
 }
 
 TEST_F(ZephprofRemote, UpdateCachePullsTheGivenOrStoredItemsAndAsksBeforeReplacing) {
@@ -79,7 +79,7 @@ TEST_F(ZephprofRemote, UpdateCachePullsTheGivenOrStoredItemsAndAsksBeforeReplaci
   Run({TStep({"update-cache", "Loop", "--item", Sdk + ",*.h,include,subdirs"}, 0, "…",
              "Updating Local File Cache (1 item)\n…Updated files from remote path '" + Sdk + "'…"),
        TStep({"update-cache", "Loop", "--item", "/x,*"}, 2)});
-  EXPECT_EQ(ReadWholeFile(Cached / "sys/b.h"), "b\n");
+  EXPECT_EQ(ReadFileText(Cached / "sys/b.h"), "b\n");
   EXPECT_FALSE(fs::exists(Cached / "c.txt"));
   std::ofstream(Cached / "a.h") << "changed\n";
   // Without items given, the profile's stored path items are pulled.
@@ -89,14 +89,14 @@ TEST_F(ZephprofRemote, UpdateCachePullsTheGivenOrStoredItemsAndAsksBeforeReplaci
              "Updating Local File Cache (2 items)\n…Confirm: File '" + (Cached / "a.h").string() +
                  "' already exists.\nReplace 8 byte(s) file modified on …\nwith 2 byte(s) file modified on …"
                  "No terminal to ask; answered No…")});
-  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "changed\n");
-  EXPECT_EQ(ReadWholeFile(Cache / Lib.substr(1) / "libz.so"), "z\n");
+  EXPECT_EQ(ReadFileText(Cached / "a.h"), "changed\n");
+  EXPECT_EQ(ReadFileText(Cache / Lib.substr(1) / "libz.so"), "z\n");
   Run({TStep({"rename", "Loop", "Looped"}),  // the items follow the profile
        TStep({"--yes", "update-cache", "Looped"}, 0, "…", "Updating Local File Cache (2 items)\n…"),
        TStep({"--yes", "remove", "Looped"}), AddLoop("Looped"),  // a new profile of the name starts without them
        TStep({"update-cache", "Looped"}, 0, "…",
              "Updating Local File Cache\nConnecting to remote machine\nOperation completed\n")});
-  EXPECT_EQ(ReadWholeFile(Cached / "a.h"), "a\n");
+  EXPECT_EQ(ReadFileText(Cached / "a.h"), "a\n");
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(Zephprof, TheFirstProfileOfAPlatformIsItsDefaultButNeverOnWindows) {
              "[{\"platform\":\"Win32\",\"displayName\":\"32-bit Windows\",\"profiles\":[{\"name\":\"W1\","
              "\"default\":false,\"hostName\":\"127.0.0.1\",\"portNumber\":64211}]},{\"platform\":\"OSX32\",…"
              "\"name\":\"Mac2\",\"default\":true,…")});
-  EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…Default_OSX32=Mac2\n…");
+  EXPECT_PRED2(Matches, ReadFileText(Settings), "…Default_OSX32=Mac2\n…");
 }
 
 TEST_F(Zephprof, ProfilesAreNamedCopiedRenamedAndRemovedAsOnTheOptionsPage) {
@@ -67,7 +67,7 @@ TEST_F(Zephprof, ProfilesAreNamedCopiedRenamedAndRemovedAsOnTheOptionsPage) {
                  "application-data directory '" +
                  Data.string() + "' or holds it, …"),
        TStep({"add", "Up", "--platform", "OSX32", "--host", "h", "--local-root", Dir}, 1, "", "…is refused…")});
-  EXPECT_FALSE(Matches(ReadWholeFile(Settings), "…Build]…"));
+  EXPECT_FALSE(Matches(ReadFileText(Settings), "…Build]…"));
   EXPECT_FALSE(fs::exists(Data / "Build.profile"));
   EXPECT_TRUE(fs::exists(Data / "Build Box.profile"));
 }
@@ -100,7 +100,7 @@ TEST_F(Zephprof, ShowAndSetCoverEveryField) {
              "zephprof: no password given: the profile has none (use --password-stdin or --passfile; an empty password "
              "uses your SSH agent and keys)\n"),
        TStep({"show", "Keys"}, 0, "…Password:    not set\n…")});
-  EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…PassFile=" + File("pw.passfile") + "\n…");
+  EXPECT_PRED2(Matches, ReadFileText(Settings), "…PassFile=" + File("pw.passfile") + "\n…");
 }
 
 TEST_F(Zephprof, PathItemsAreKeptInTheHostsStoreAndFollowTheProfileAndDefaultPathFilesEmptyTheDefaultSet) {
@@ -143,9 +143,9 @@ TEST_F(Zephprof, PathItemsAreKeptInTheHostsStoreAndFollowTheProfileAndDefaultPat
        TStep({"default-paths", "OSX32"}, 0, ""),
        Add("Mac2", "OSX32"),
        TStep({"paths", "Mac2"}, 0, "")});
-  EXPECT_FALSE(Matches(ReadWholeFile(Settings), "…ProfileSDKs\\Box 2…"));
-  EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…[ProfileSDKs\\Box]\nPathCount=0\n…");
-  EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…[RemoteProfiles\\Box]\nPlatform=Linux64\n…");  // the manager's
+  EXPECT_FALSE(Matches(ReadFileText(Settings), "…ProfileSDKs\\Box 2…"));
+  EXPECT_PRED2(Matches, ReadFileText(Settings), "…[ProfileSDKs\\Box]\nPathCount=0\n…");
+  EXPECT_PRED2(Matches, ReadFileText(Settings), "…[RemoteProfiles\\Box]\nPlatform=Linux64\n…");  // the manager's
   fs::remove(DefaultFile);
   Run({TStep({"default-paths", "OSX32"}, 0, "  0  include  /usr/include  *\n…")});
 }
@@ -157,7 +157,7 @@ TEST_F(Zephprof, ExportAndImportAskBeforeReplacingAndThePasswordNeverAppearsInFi
        TStep({"set", "Mac", "--port", "7003"}),
        TStep({"export", "Mac", Exported}, 1, "",
              "…File '" + Exported + "' already exists.  Do you want to replace it?…")});
-  EXPECT_PRED2(Matches, ReadWholeFile(Exported), "…Port = 7002\n…");
+  EXPECT_PRED2(Matches, ReadFileText(Exported), "…Port = 7002\n…");
   Run({TStep({"--yes", "export", "Mac", Exported}), TStep({"set", "Mac", "--port", "7004"}),
        TStep({"import", Exported}, 1, "",
              "Confirm: A profile named 'Mac' already exists.\n\nImporting this profile will overwrite the existing "
@@ -191,10 +191,10 @@ TEST_F(Zephprof, ExportAndImportAskBeforeReplacingAndThePasswordNeverAppearsInFi
   for (const auto& Entry : fs::recursive_directory_iterator(Dir)) {
     if (!Entry.is_regular_file() || Entry.path().filename() == "stdin") continue;
     ++Files;
-    EXPECT_FALSE(Matches(ReadWholeFile(Entry.path()), "…" + Password + "…")) << Entry.path();
+    EXPECT_FALSE(Matches(ReadFileText(Entry.path()), "…" + Password + "…")) << Entry.path();
   }
   EXPECT_GE(Files, 3);  // settings, profile file, exported file (and what zephprof printed)
-  EXPECT_PRED2(Matches, ReadWholeFile(Settings), "…\nPassword=…");
+  EXPECT_PRED2(Matches, ReadFileText(Settings), "…\nPassword=…");
 }
 
 TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
@@ -202,7 +202,7 @@ TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
   std::ofstream(Settings) << Damaged;
   Run({TStep({"list"}, 1, "", "zephprof: Settings file '" + Settings.string() + "' is damaged: line 3: …"),
        TStep({"add", "New", "--platform", "OSX32", "--host", "h"}, 1, "", "…line 3…")});
-  EXPECT_EQ(ReadWholeFile(Settings), Damaged);
+  EXPECT_EQ(ReadFileText(Settings), Damaged);
   EXPECT_FALSE(fs::exists(Data / "New.profile"));  // zephprof stops before any change
   // Blank beside profile files: replacing it would drop their profiles.
   std::ofstream(Settings) << " \n";
@@ -210,7 +210,7 @@ TEST_F(Zephprof, ASettingsFileThatCannotBeReadOrWrittenIsReportedAndKept) {
   Run({TStep({"add", "New", "--platform", "OSX32", "--host", "h"}, 1, "",
              "zephprof: Settings file '" + Settings.string() + "' is empty, but profile files are in '" +
                  Data.string() + "'; it was not replaced…")});
-  EXPECT_EQ(ReadWholeFile(Settings), " \n");
+  EXPECT_EQ(ReadFileText(Settings), " \n");
   fs::remove(Data / "Old.profile");
   EXPECT_FALSE(fs::exists(Dir / "environment.proj"));
   // A link into a folder that does not exist: the file loads as empty, and writing it fails
@@ -254,7 +254,7 @@ TEST_F(Zephprof, OnATerminalControlCharactersAreEscapedThePasswordIsNotEchoedAnd
       OnTerminal({"add", "Tty", "--platform", "Linux64", "--host", "h"}, {{"Password: ", "typed-secret-42\n"}});
   EXPECT_EQ(Added.Status, 0) << Added.Out;
   EXPECT_PRED2(Matches, Added.Out, "Password: …Added profile 'Tty'…");
-  EXPECT_FALSE(Matches(Added.Out + ReadWholeFile(Settings), "…typed-secret-42…")) << Added.Out;
+  EXPECT_FALSE(Matches(Added.Out + ReadFileText(Settings), "…typed-secret-42…")) << Added.Out;
   const TStep Removed =
       OnTerminal({"remove", "Tty"},
                  {{"[Yes (y) / No (n)]? ", "maybe\n"}, {"Please answer one of the choices.", ""}, {"? ", "Y\n"}});

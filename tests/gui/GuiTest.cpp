@@ -92,12 +92,6 @@ void Acknowledge(QString& Text) {
   });
 }
 
-std::string Slurp(const fs::path& File) {
-  std::ostringstream Text;
-  Text << std::ifstream(File).rdbuf();
-  return Text.str();
-}
-
 }  // namespace
 
 class TGuiTest : public QObject {
@@ -180,7 +174,7 @@ class TGuiTest : public QObject {
 
     Window.OkClick();
     QVERIFY(Window.result() == QDialog::Accepted);
-    const std::string Settings = Slurp(Store->SettingsFileName());
+    const std::string Settings = ReadFileText(Store->SettingsFileName());
     for (const char* Line : {"[RemoteProfiles\\Hest]", "HostName=127.0.0.1", "Default_Linux64=Hest", "Mask0=*.h"})
       QVERIFY2(Settings.find(Line) != std::string::npos, Line);
     QVERIFY(Settings.find(Server.Password) == std::string::npos);  // enciphered
@@ -189,7 +183,7 @@ class TGuiTest : public QObject {
 
   void cancelAndAnotherProgramsChangeSaveNothing() {
     Open(false, {"Box", "Old"});
-    const std::string Before = Slurp(Store->SettingsFileName());
+    const std::string Before = ReadFileText(Store->SettingsFileName());
     {
       TOptionsWindow Window(*Store);
       Window.show();
@@ -209,20 +203,20 @@ class TGuiTest : public QObject {
       QCOMPARE(Listed("Server") + Listed("Old"), 1);
       Window.CancelClick();
     }
-    QCOMPARE(Slurp(Store->SettingsFileName()), Before);
+    QCOMPARE(ReadFileText(Store->SettingsFileName()), Before);
     QVERIFY(Store->Live()->GetProfile("Box") && Store->Live()->GetProfile("Old"));
 
     TOptionsWindow Window(*Store);
     Window.show();
     Type(Window.PageView(), "HostNameCombo", "elsewhere");
     std::ofstream(Store->SettingsFileName(), std::ios::app) << "[Other]\nKept=1\n";
-    const std::string Theirs = Slurp(Store->SettingsFileName());
+    const std::string Theirs = ReadFileText(Store->SettingsFileName());
     QString Said;
     Acknowledge(Said);
     Window.OkClick();
     QVERIFY(Said.contains("was changed by another program after this window was opened. Nothing was saved"));
     QVERIFY(Window.isVisible());
-    QCOMPARE(Slurp(Store->SettingsFileName()), Theirs);
+    QCOMPARE(ReadFileText(Store->SettingsFileName()), Theirs);
     Window.CancelClick();
   }
 
@@ -277,7 +271,7 @@ class TGuiTest : public QObject {
     std::ostringstream Out;
     QCOMPARE(RunProfileSelector(*Store, "Linux64", Out), 0);
     QCOMPARE(Out.str(), std::string("Second\n"));
-    QVERIFY(Slurp(Store->SettingsFileName()).find("HostName=second.example") != std::string::npos);
+    QVERIFY(ReadFileText(Store->SettingsFileName()).find("HostName=second.example") != std::string::npos);
 
     Steps.push_back([](TFormView& D) {
       Pick(D, "cbRemote", 0);

@@ -124,7 +124,7 @@ TEST_F(HestrelClientHostileServer, AnArchiveNamingPathsOutsideTheRootIsRefusedEn
   EXPECT_FALSE(Client->GetFiles(Remote, true, "", nullptr, &Listener));
   EXPECT_TRUE(NothingOutside());
   EXPECT_EQ(TreeOf(Mirror), std::vector<std::string>{"ok.h"});
-  EXPECT_EQ(Slurp(Mirror + "/ok.h"), "fine");
+  EXPECT_EQ(ReadFileText(Mirror + "/ok.h"), "fine");
   EXPECT_EQ(Listener.ErrorTexts,
             (std::vector<std::string>{Refused("/../escape.h"), Refused("//" + Absolute), Refused(Climb),
                                       RefusedLink("/out", "/etc"), RefusedLink("/up", "../../..")}));
@@ -140,7 +140,7 @@ TEST_F(HestrelClientHostileServer, AListingNamingPathsOutsideTheRootIsRefused) {
   EXPECT_FALSE(Client->GetFiles(Remote, true, "", nullptr, &Listener));
   EXPECT_TRUE(NothingOutside());
   EXPECT_EQ(TreeOf(Mirror), std::vector<std::string>{"old.h"});  // nothing else touched
-  EXPECT_EQ(Slurp(Mirror + "/old.h"), "old");
+  EXPECT_EQ(ReadFileText(Mirror + "/old.h"), "old");
   EXPECT_EQ(Listener.ErrorTexts,
             (std::vector<std::string>{Refused("/../escape.h"), Refused("//" + Absolute), Refused("/a/../../escape.h"),
                                       RefusedLink("/out", "/etc"), Refused("/" + Up)}));
@@ -242,7 +242,7 @@ TEST_F(HestrelClientReplace, FailedReplacementsLeaveTheOldFileAndAreRecognisedWh
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemotePermission, {Dir() + "/app.bin"}));
   EXPECT_FALSE(Client->PutFile(Dir(), Local / "big.bin", 0, "", nullptr));
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDiskFull, {Dir() + "/big.bin"}));
-  EXPECT_EQ(Slurp(Dir() + "/app.bin"), "old");
+  EXPECT_EQ(ReadFileText(Dir() + "/app.bin"), "old");
   EXPECT_EQ(TreeOf(Dir()), (std::vector<std::string>{"app.bin", "keys", "keys/host_key_ed25519", "password",
                                                      "server.log"}));  // no part file left
 }
@@ -252,7 +252,7 @@ TEST_F(HestrelClientReplace, WithoutACommandToReplaceTheOldWayStillReplacesAndDe
   MakeFile(Dir() + "/app.bin", "old");
   MakeFile(Local / "app.bin", "new");
   ASSERT_TRUE(Client->PutFile(Dir(), Local / "app.bin", 0, "", nullptr)) << Client->GetLastError();
-  EXPECT_EQ(Slurp(Dir() + "/app.bin"), "new");
+  EXPECT_EQ(ReadFileText(Dir() + "/app.bin"), "new");
   std::int32_t N1 = 1, N2 = 0, N3 = 0;
   EXPECT_FALSE(Client->Debug("/bin/true", true, N1, N2, N3));
   EXPECT_EQ(Client->GetLastError(), sErrGdbServerMissing);
@@ -268,7 +268,7 @@ TEST_F(HestrelClientPush, RelativeDestinationsLandInTheAgentsDirectoryOrTheHomeA
                                    {"sub/./x/..", ".hestrel/agent/work/sub/a.h"},
                                    {"~/deploy", "deploy/a.h"}}) {
     ASSERT_TRUE(Client->PutFile(To, Local / "a.h", 0, "", nullptr)) << Client->GetLastError();
-    EXPECT_EQ(Slurp(Dir() + "/" + Landed), "a") << To;
+    EXPECT_EQ(ReadFileText(Dir() + "/" + Landed), "a") << To;
   }
   EXPECT_FALSE(Client->PutFile("~/..", Local / "a.h", 0, "", nullptr));
   EXPECT_EQ(Client->GetLastError(), Format(sErrRemoteDestinationOutside, {"~/.."}));
@@ -309,7 +309,7 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
                                       "Frameworks/Foo.framework/Headers", "Frameworks/Foo.framework/Headers/Foo.h",
                                       "usr", "usr/include", "usr/include/a.h", "usr/include/sys", "usr/include/sys/d.h",
                                       "usr/lib", "usr/lib/libx.dylib"}));
-  EXPECT_EQ(Slurp(Cache + Sdk + "/usr/include/sys/d.h"), "usr/include/sys/d.h");
+  EXPECT_EQ(ReadFileText(Cache + Sdk + "/usr/include/sys/d.h"), "usr/include/sys/d.h");
   std::vector<std::string> Steps;  // the notices that are not byte or per-file progress
   for (const auto& N : Progress.Notices)
     if (N.rfind("1|-1|", 0) != 0) Steps.push_back(N);
@@ -326,7 +326,7 @@ TEST_F(RemoteOperationsE2E, GetProfileFilesPullsMasksSubdirectoriesAndFrameworks
   EXPECT_EQ(Steps[11],
             NoticeText(ptProgress, 4, 4, "Updated files from remote path '" + Sdk + "/Frameworks'", "", "", -1));
   EXPECT_EQ(Steps[12], Finished);
-  EXPECT_EQ(Slurp(Server.Dir / ".hestrel/munger.patch"), "patch");  // inside the login directory
+  EXPECT_EQ(ReadFileText(Server.Dir / ".hestrel/munger.patch"), "patch");  // inside the login directory
   EXPECT_TRUE(Messages->Shown.empty());  // nothing existed yet: nothing to ask
 
   // A cancel at the first per-file notice stops the update: later paths stay untouched.

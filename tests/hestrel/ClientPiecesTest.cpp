@@ -66,7 +66,7 @@ TEST(HestrelPasswordCipher, AWideKeyFileIsNarrowedAndADamagedOrUnmakeableOneGive
   MakeFile(Cipher.KeyFilePath(), "too short", 0, 0600);
   EXPECT_EQ(Cipher.Encrypt("password"), "");
   EXPECT_EQ(Cipher.GetLastError(), Format(sErrKeyFile, {Cipher.KeyFilePath()}));
-  EXPECT_EQ(Slurp(Cipher.KeyFilePath()), "too short");  // never replaced: stored passwords may need it
+  EXPECT_EQ(ReadFileText(Cipher.KeyFilePath()), "too short");  // never replaced: stored passwords may need it
   TPasswordCipher Unmakeable(Dir / "hestrel.key");      // a file where its directory should be
   EXPECT_EQ(Unmakeable.Encrypt("password"), "");        // no stored form rather than clear text
   EXPECT_EQ(Unmakeable.GetLastError(), Format(sErrKeyFile, {Dir / "hestrel.key/hestrel.key"}));

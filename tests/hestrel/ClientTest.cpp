@@ -103,7 +103,7 @@ TEST_F(HestrelClient, EachKindOfCredentialLogsInAndTheHostKeyIsRecorded) {
   Client->Disconnect();
   EXPECT_FALSE(Client->IsConnected());
   ASSERT_TRUE(Client->Connect(nullptr)) << Client->GetLastError();  // the recorded key matches
-  const std::string Known = Slurp(KnownHostsPath(App.Path));
+  const std::string Known = ReadFileText(KnownHostsPath(App.Path));
   for (const int Port : {Hestrel.Port, Sshd.Port})
     EXPECT_NE(Known.find("[127.0.0.1]:" + std::to_string(Port) + " "), std::string::npos) << Known;
   // libssh expands %d, %u, ... in the known-hosts path: a directory with a percent sign holds.
@@ -196,8 +196,8 @@ TEST_F(HestrelClient, ConnectFailuresSayWhatFailedAndOnlyNetworkFailuresAskToRet
 TEST_F(HestrelClient, AChangedKeyOrADamagedKnownHostsFileRefusesTheConnectionAndNoKeyIsAdded) {
   TTempDir Keys;
   ASSERT_EQ(std::system(("ssh-keygen -q -t ed25519 -N '' -f " + Keys / "other >/dev/null").c_str()), 0);
-  const std::string File = KnownHostsPath(App.Path), Pinned = Slurp(File), Host = Pinned.substr(0, Pinned.find(' '));
-  const std::string Other = Host + " " + Slurp(Keys / "other.pub").substr(0, 80),
+  const std::string File = KnownHostsPath(App.Path), Pinned = ReadFileText(File), Host = Pinned.substr(0, Pinned.find(' '));
+  const std::string Other = Host + " " + ReadFileText(Keys / "other.pub").substr(0, 80),
                     Cut = Host + " ssh-ed25519 AAAAC3Nza\n";
   const std::int64_t Port = Sshd.Port;
   auto Damaged = [&](int Line) { return Format(sErrKnownHostsDamaged, {File, std::int64_t(Line), "127.0.0.1", Port}); };
@@ -215,7 +215,7 @@ TEST_F(HestrelClient, AChangedKeyOrADamagedKnownHostsFileRefusesTheConnectionAnd
     Client->Disconnect();
     EXPECT_EQ(Client->Connect(&Listener), Error.empty());
     EXPECT_EQ(Client->GetLastError(), Error);
-    EXPECT_EQ(Slurp(File), After);
+    EXPECT_EQ(ReadFileText(File), After);
     EXPECT_EQ(Listener.RetryCalls, 0);  // retrying cannot help
   }
   Client->Disconnect();
@@ -235,7 +235,7 @@ TEST_P(HestrelClientPull, PullsMatchingFilesKeepingTimesAndAsksBeforeReplacingAC
   EXPECT_EQ(Listener.LastBytes, R("inc/a.h") + "|" + R("inc/a.h") + "|" + L("inc/a.h") + "|100000/100000");
   ASSERT_TRUE(Pull("inc", true, "*.h")) << Client->GetLastError();
   EXPECT_EQ(TreeOf(L("inc")).size(), 34u);  // 31 files, 3 directories: no temporary left
-  for (int I = 0; I < 30; ++I) EXPECT_EQ(Slurp(L(Name(I))).size() + MTime(L(Name(I))), I * 97u + I) << Name(I);
+  for (int I = 0; I < 30; ++I) EXPECT_EQ(ReadFileText(L(Name(I))).size() + MTime(L(Name(I))), I * 97u + I) << Name(I);
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 30 : 0);
   // Unchanged files are skipped without a question; a changed one follows the answer.
   MakeFile(L("inc/a.h"), "local", 1400000000);
@@ -244,7 +244,7 @@ TEST_P(HestrelClientPull, PullsMatchingFilesKeepingTimesAndAsksBeforeReplacingAC
     Listener.OverwriteAnswer = Answer;
     ASSERT_TRUE(Pull("inc")) << Client->GetLastError();
     EXPECT_EQ(Listener.Overwrites, std::vector<std::string>{L("inc/a.h") + " 5@1400000000 100000@1500000001"});
-    EXPECT_EQ(Slurp(L("inc/a.h")).size() + MTime(L("inc/a.h")), Answer ? 100000u + 1500000001 : 5u + 1400000000);
+    EXPECT_EQ(ReadFileText(L("inc/a.h")).size() + MTime(L("inc/a.h")), Answer ? 100000u + 1500000001 : 5u + 1400000000);
   }
   // A change within the same second and size: seen by its time where the listing gives
   // fractions of a second (find), else by content when asked to compare it.
@@ -255,9 +255,9 @@ TEST_P(HestrelClientPull, PullsMatchingFilesKeepingTimesAndAsksBeforeReplacingAC
     Listener = {};
     ASSERT_TRUE(Pull("inc", false, "x.h")) << Client->GetLastError();
   }
-  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), GetParam() ? "two1" : "one0");
+  EXPECT_EQ(ReadFileText(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), GetParam() ? "two1" : "one0");
   ASSERT_TRUE(PullComparingContent("inc", false, "x.h"));
-  EXPECT_EQ(Slurp(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), "two1");
+  EXPECT_EQ(ReadFileText(L("inc/x.h")) + std::to_string(Listener.Overwrites.size()), "two1");
 }
 
 TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
@@ -285,7 +285,7 @@ TEST_P(HestrelClientPull, PullsThatCannotStartSayWhy) {
   fs::create_directory_symlink(Local.Path, L("inc/sub"));
   Listener = {};
   EXPECT_FALSE(Pull("inc"));
-  EXPECT_EQ(Slurp(L("inc/a.h")) + ::testing::PrintToString(TreeOf(Local.Path)), "a{}");
+  EXPECT_EQ(ReadFileText(L("inc/a.h")) + ::testing::PrintToString(TreeOf(Local.Path)), "a{}");
   EXPECT_EQ(Listener.ErrorTexts, std::vector<std::string>{Format(sErrUnsafeName, {R("inc/sub/deep/b.h")})});
   EXPECT_EQ(Client->GetLastError(), Format(sErrSomeFilesFailed, {std::int64_t(1), R("inc")}));
 }
@@ -296,14 +296,14 @@ TEST_P(HestrelClientPull, LongAndOddNamesArriveIntactAndAFileCanBePulledByItsPat
       "it's \"quoted\" $(x) `y`.h", "sp ace/\\back.h", "new\nline.h"};
   for (const auto& Name : Names) MakeFile(R("odd/" + Name), "content of " + Name);
   ASSERT_TRUE(Pull("odd")) << Client->GetLastError();
-  for (const auto& Name : Names) EXPECT_EQ(Slurp(L("odd/" + Name)), "content of " + Name) << Name;
+  for (const auto& Name : Names) EXPECT_EQ(ReadFileText(L("odd/" + Name)), "content of " + Name) << Name;
   EXPECT_EQ(Client->GetLastPullStatistics().FilesByTar, GetParam() ? 5 : 0);
   Listener = {};
   ASSERT_TRUE(PullComparingContent("odd"));  // every name's hash is found again: nothing to ask
   EXPECT_TRUE(Listener.Accepted.empty()) << ::testing::PrintToString(Listener.Accepted);
   MakeFile(R("lib/libz.a"), "archive", 1500000000);
   ASSERT_TRUE(Pull("lib/libz.a", false, "*.h")) << Client->GetLastError();
-  EXPECT_EQ(Slurp(L("lib/libz.a")) + std::to_string(MTime(L("lib/libz.a"))), "archive1500000000");
+  EXPECT_EQ(ReadFileText(L("lib/libz.a")) + std::to_string(MTime(L("lib/libz.a"))), "archive1500000000");
 }
 
 TEST_P(HestrelClientPull, PushesKeepTheTimeFollowTheOverwriteAnswerAndLeaveNothingWhenCancelled) {
@@ -313,7 +313,7 @@ TEST_P(HestrelClientPull, PushesKeepTheTimeFollowTheOverwriteAnswerAndLeaveNothi
   MakeFile(Local / "small.bin", Data.substr(0, 200000), 1500000123);
   fs::create_directories(R("a/b"));
   ASSERT_TRUE(Client->PutFile(R("a\\b"), Local / "big.bin", 0, "renamed.bin", &Listener)) << Client->GetLastError();
-  EXPECT_TRUE(Slurp(R("a/b/renamed.bin")) == Data);
+  EXPECT_TRUE(ReadFileText(R("a/b/renamed.bin")) == Data);
   EXPECT_EQ(MTime(R("a/b/renamed.bin")), 1500000000);
   for (const bool Answer : {false, true}) {
     MakeFile(R("small.bin"), "old remote", 1400000000);
@@ -417,8 +417,8 @@ TEST_F(HestrelClient, RunStartsTheProgramDetachedOrSaysWhyItCannot) {
   ASSERT_EQ(Run("/bin/sh", "-c 'cat; echo \"$GREETING\" $0; pwd' arg0", Remote.Path, "out", "in.txt", &Env), "");
   EXPECT_GT(Pid, 0);
   EXPECT_TRUE(WaitFor([&] {
-    return Slurp(R("out")) == "from input\nhello there arg0\n" + Remote.Path.string() + "\n";
-  })) << Slurp(R("out"));
+    return ReadFileText(R("out")) == "from input\nhello there arg0\n" + Remote.Path.string() + "\n";
+  })) << ReadFileText(R("out"));
   MakeFile(R("plain.txt"), "not a program");
   const std::tuple<std::string, std::string, std::string, std::string> Cases[] = {
       {"no-such-program-xyz", "", "", Format(sErrProgramNotFound, {"no-such-program-xyz"})},

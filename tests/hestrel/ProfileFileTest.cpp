@@ -36,7 +36,7 @@ class ClientProfileFile : public ::testing::Test {
   }
   std::string Save(THestrelClientProfile& P, const std::string& Name) {
     EXPECT_TRUE(P.SaveProfileSettings(Dir / Name)) << P.GetLastError();
-    return Slurp(Dir / Name);
+    return ReadFileText(Dir / Name);
   }
   /// Reads Text from a file into a profile holding other values: must fail, keep the values,
   /// and give the file, the line (when not 0) and the reason.
@@ -192,7 +192,7 @@ TEST_F(ClientProfileFile, AFailedWriteLeavesTheOldFileAndNoTemporary) {
   Fill(P);
   EXPECT_FALSE(P.SaveProfileSettings(File));
   EXPECT_EQ(P.GetLastError(), "Cannot save '" + File + "': disk on fire");
-  EXPECT_EQ(Slurp(File), "old content");
+  EXPECT_EQ(ReadFileText(File), "old content");
   EXPECT_FALSE(SeenTemp.empty());
   EXPECT_EQ(TreeOf(Dir.Path.string()), std::vector<std::string>{"keep.profile"});
   hestrel::SetAtomicWriteHookForTesting(nullptr);

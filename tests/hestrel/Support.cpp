@@ -72,13 +72,6 @@ void MakeFile(const std::string& Path, const std::string& Text, std::int64_t Mod
   ::utimensat(AT_FDCWD, Path.c_str(), Times, 0);
 }
 
-std::string Slurp(const std::string& Path) {
-  std::ifstream In(Path, std::ios::binary);
-  std::stringstream Text;
-  Text << In.rdbuf();
-  return Text.str();
-}
-
 std::vector<std::string> TreeOf(const std::string& Dir) {
   std::vector<std::string> Names;
   std::error_code Ec;
@@ -201,7 +194,7 @@ hestrel::THestrelClientOptions TTestSshd::Options() const {
 TTestSshd& SharedSshd() {
   static TTestSshd Sshd;
   static const bool Started = Sshd.Start();
-  EXPECT_TRUE(Started) << Slurp(Sshd.Dir / "sshd.log");
+  EXPECT_TRUE(Started) << ReadFileText(Sshd.Dir / "sshd.log");
   return Sshd;
 }
 

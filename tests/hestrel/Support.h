@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "client/HestrelClient.h"
+#include "doubles/FileText.h"
 
 namespace hestrel_test {
 
@@ -34,7 +35,6 @@ struct TTempDir {
 /// Writes Text to Path (creating parent directories) with Mode and modification time Modified.
 void MakeFile(const std::string& Path, const std::string& Text, std::int64_t Modified = 1600000000,
               unsigned Mode = 0644);
-std::string Slurp(const std::string& Path);
 /// Names (relative, sorted) of every entry below Dir (files, links, directories).
 std::vector<std::string> TreeOf(const std::string& Dir);
 /// Checks Condition every 20 ms until it holds or TimeoutMs passed; answers its last value.
@@ -53,7 +53,7 @@ struct TTestServer {
   bool StartWithArgs(const std::vector<std::string>& Args);
   /// SIGTERM, then waits up to 10 s; answers the exit code (-1 on timeout or a signal).
   int Stop();
-  std::string Log() const { return Slurp((Dir.Path / "server.log").string()); }
+  std::string Log() const { return ReadFileText((Dir.Path / "server.log").string()); }
   /// Waits (at most 3 s) until the log holds Text.
   bool LogShows(const std::string& Text) const;
   /// The process serving the latest connection, as the log names it.

@@ -15,18 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include "doubles/FileText.h"
 #include "doubles/HostDoubles.h"
-
-inline std::string ReadFileText(const std::string& FileName) {
-  std::ifstream In(FileName, std::ios::binary);
-  std::ostringstream Text;
-  Text << In.rdbuf();
-  return Text.str();
-}
-
-inline void WriteFileText(const std::string& FileName, const std::string& Text) {
-  std::ofstream(FileName, std::ios::binary) << Text;
-}
 
 /// The permission bits of Path (of the file a link names).
 inline mode_t ModeOf(const std::string& Path) {
