@@ -49,8 +49,7 @@ bool TGuiStore::Open(const TGuiOptions& Options, std::shared_ptr<QtHost::TQtUser
   PackageStartup();
   FLive = RemoteProfileMgr();
   LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
-  FSdks = std::make_shared<TProfileSdkStore>(FHost.Settings);
-  FLive->AddNotifier(FSdks);
+  FSdks = TProfileSdkStore::Attach(FHost.Settings, *FLive);
   FLoaded = ReadSettingsFile();
   if (!Options.HoldLock) FHost.WriterLock.reset();
   return true;

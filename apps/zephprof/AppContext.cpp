@@ -51,10 +51,7 @@ bool TAppContext::Open(bool ForWriting) {
   FLive = RemoteProfileMgr();
   if (!FLive) return false;
   if (ForWriting) LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
-  // The host's SDKs hear of every profile added, renamed or removed from here on
-  // (profiles loaded above already have their entries, or fall back to their own items).
-  FSdks = std::make_shared<TProfileSdkStore>(FIni);
-  FLive->AddNotifier(FSdks);
+  FSdks = TProfileSdkStore::Attach(FIni, *FLive);
   return true;
 }
 

@@ -15,6 +15,16 @@ const char SectionRoot[] = "ProfileSDKs\\";
 
 TProfileSdkStore::TProfileSdkStore(TCustomIniFilePtr Settings) : FSettings(std::move(Settings)) {}
 
+TProfileSdkStorePtr TProfileSdkStore::Attach(TCustomIniFilePtr Settings, TRemoteProfileManager& Live) {
+  auto Store = std::make_shared<TProfileSdkStore>(std::move(Settings));
+  TOTARemoteProfilePathArray Items;
+  for (const auto& [Platform, Profiles] : Live.GetProfiles())
+    for (const IOTARemoteProfilePtr& Profile : Profiles)
+      if (Store->Read(Profile->GetName(), Items)) Profile->SetPaths(Items);
+  Live.AddNotifier(Store);
+  return Store;
+}
+
 std::string TProfileSdkStore::SectionName(const std::string& ProfileName) { return SectionRoot + ProfileName; }
 
 bool TProfileSdkStore::HasEntry(const std::string& ProfileName) const {
@@ -64,7 +74,9 @@ void TProfileSdkStore::ProfileRenamed(const IOTARemoteProfilePtr& Profile, const
     Erase(NewName);  // the entry moves, also its absence: no stale entry of the new name stays
 }
 
-void TProfileSdkStore::ProfileChanged(const IOTARemoteProfilePtr&) {}
+void TProfileSdkStore::ProfileChanged(const IOTARemoteProfilePtr& Profile) {
+  if (Profile) Write(Profile->GetName(), Profile->GetPaths());
+}
 
 void TProfileSdkStore::ProfileAdded(const IOTARemoteProfilePtr& Profile) {
   if (!Profile || HasEntry(Profile->GetName())) return;

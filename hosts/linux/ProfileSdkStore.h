@@ -20,6 +20,7 @@
 #include <memory>
 #include <string>
 
+#include "core/RemoteProfileManager.h"
 #include "host/CustomIniFile.h"
 #include "host/ToolsApi.h"
 
@@ -42,10 +43,16 @@ class TProfileSdkStore : public IOTARemoteProfileNotifier {
   /// an entry (a settings file written before there were SDK entries), its own path items.
   TOTARemoteProfilePathArray PathItemsOf(const IOTARemoteProfilePtr& Profile) const;
 
-  /// Registered on the live manager (AddNotifier), it follows every change however made:
-  /// an added profile without an entry gets one from its own path items, or the
-  /// platform's default set (GetDefaultPaths) when it has none; a rename moves the
-  /// entry (a change of letter case only too); a removal erases it; a change does nothing.
+  /// The store of Settings, attached to the live manager: each of Live's profiles that has an
+  /// entry takes the entry's items (one read from its profile file has none of its own), so
+  /// an editor shows, and its commit writes back, the items a cache pull takes; from then on
+  /// the store follows Live's changes (AddNotifier).
+  static std::shared_ptr<TProfileSdkStore> Attach(TCustomIniFilePtr Settings, TRemoteProfileManager& Live);
+
+  /// As Live's notifier it follows every change however made: an added profile without an
+  /// entry gets one from its own path items, or the platform's default set (GetDefaultPaths)
+  /// when it has none; a rename moves the entry (a change of letter case only too); a removal
+  /// erases it; a change writes the profile's items into its entry.
   void ProfileRenamed(const IOTARemoteProfilePtr& Profile, const std::string& OldName) override;
   void ProfileChanged(const IOTARemoteProfilePtr& Profile) override;
   void ProfileAdded(const IOTARemoteProfilePtr& Profile) override;

@@ -27,6 +27,7 @@
 #include "GuiStore.h"
 #include "Support.h"
 #include "Views.h"
+#include "persistence/DefaultSdkPaths.h"
 #include "ui/RemoteProfileWizard.h"
 
 namespace {
@@ -179,6 +180,29 @@ class TGuiTest : public QObject {
       QVERIFY2(Settings.find(Line) != std::string::npos, Line);
     QVERIFY(Settings.find(Server.Password) == std::string::npos);  // enciphered
     QVERIFY(Store->Live()->GetProfile("Hest"));
+  }
+
+  void pathItemsOutliveTheWindow() {
+    const auto ItemsOfBox = [this](const std::function<void(const TFormView&)>& Edit) {
+      TOptionsWindow Window(*Store);
+      Window.show();
+      const int Count = At<QListWidget>(Window.PageView(), "PropertyEditor.PathItemsList")->count();
+      Edit(Window.PageView());
+      Window.OkClick();
+      return Count;
+    };
+    Open(false, {"Box"});  // a new profile starts from its platform's default set
+    const int Defaults = static_cast<int>(GetDefaultPaths("Linux64").size());
+    QCOMPARE(ItemsOfBox([this](const TFormView& Page) {
+      Steps.push_back([](TFormView& D) {
+        Type(D, "RemotePathCombo", "/opt/sdk");
+        Click(D, "OKButton");
+      });
+      Click(Page, "PropertyEditor.AddPathButton");
+    }),
+             Defaults);
+    Open(false, {});  // a later session
+    QCOMPARE(ItemsOfBox([](const TFormView&) {}), Defaults + 1);
   }
 
   void cancelAndAnotherProgramsChangeSaveNothing() {

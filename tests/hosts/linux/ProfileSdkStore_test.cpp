@@ -45,9 +45,8 @@ TEST_F(ProfileSdkStore, EntriesFollowTheProfilesOfTheLiveManager) {
   EXPECT_EQ(Entry("BOX"), "1: /usr/include");  // names compare ignoring case
   Box->SetName("BOX");                         // a change of letter case only keeps the entry
   EXPECT_EQ(Entry("Box"), "1: /usr/include");
-  Box->SetPaths(Two);  // any other change leaves it alone
-  Box->SetPlatformName("OSX32");
-  EXPECT_EQ(Entry("Box"), "1: /usr/include");
+  Box->SetPaths(Two);  // a change writes the profile's items
+  EXPECT_EQ(Entry("Box"), "2: /usr/lib");
   Sdks->Write("Box", Two);
   Sdks->Write("Box", Include);  // a write replaces the whole entry
   EXPECT_EQ(Settings->ReadString("ProfileSDKs\\Box", "Path1", "gone"), "gone");
@@ -57,6 +56,11 @@ TEST_F(ProfileSdkStore, EntriesFollowTheProfilesOfTheLiveManager) {
   const TRemoteProfileManagerPtr Elsewhere = TRemoteProfileManager::Create(nullptr);
   Live->MergeRemoteProfile(Elsewhere->AddProfile("Mac", "OSX32", "e", 22, {"", true, true}, "", Include, true));
   EXPECT_EQ(Entry("Mac"), "1: /usr/include");  // a merged profile brings its own items
+  const TRemoteProfileManagerPtr Later = TRemoteProfileManager::Create(nullptr);
+  const IOTARemoteProfilePtr Read = Later->AddProfile("Mac", "OSX32", "e", 22, {"", true, true}, "", {}, true);
+  TProfileSdkStore::Attach(Settings, *Later);  // a profile read from its file takes its entry's items
+  ASSERT_EQ(Read->GetPaths().size(), 1u);
+  EXPECT_EQ(Read->GetPaths()[0].Path, "/usr/include");
   Sdks->Erase("Box");
   Sdks->Write("Builder", Two);  // left behind by a hand edit
   Box->SetName("Builder");      // a rename moves the absence of an entry too
