@@ -16,24 +16,33 @@ extern char** environ;
 
 namespace {
 
-bool OnPath(const std::string& Program) {
+/// Where Program is found on PATH; empty when it is not.
+std::string FindOnPath(const std::string& Program) {
   const char* Path = std::getenv("PATH");
   std::string Dirs = Path ? Path : "/usr/bin:/bin";
   for (std::size_t Start = 0; Start <= Dirs.size();) {
     const std::size_t End = std::min(Dirs.find(':', Start), Dirs.size());
-    const std::string Dir = End > Start ? Dirs.substr(Start, End - Start) : ".";
-    if (::access((Dir + "/" + Program).c_str(), X_OK) == 0) return true;
+    const std::string Found = (End > Start ? Dirs.substr(Start, End - Start) : ".") + "/" + Program;
+    if (::access(Found.c_str(), X_OK) == 0) return Found;
     Start = End + 1;
   }
-  return false;
+  return {};
+}
+
+/// dotnet runs msbuild only with an SDK installed beside it; a runtime alone has none.
+bool HasDotnetSdk(const std::string& Dotnet) {
+  std::error_code Ec;
+  const std::filesystem::path Sdks = std::filesystem::canonical(Dotnet, Ec).parent_path() / "sdk";
+  return !Ec && std::filesystem::is_directory(Sdks, Ec) && !std::filesystem::is_empty(Sdks, Ec);
 }
 
 }  // namespace
 
 std::vector<std::string> TLinuxBuildEngine::FindEngine() {
-  if (OnPath("msbuild")) return {"msbuild"};
-  if (OnPath("dotnet")) return {"dotnet", "msbuild"};
-  if (OnPath("xbuild")) return {"xbuild"};
+  if (!FindOnPath("msbuild").empty()) return {"msbuild"};
+  if (const std::string Dotnet = FindOnPath("dotnet"); !Dotnet.empty() && HasDotnetSdk(Dotnet))
+    return {"dotnet", "msbuild"};
+  if (!FindOnPath("xbuild").empty()) return {"xbuild"};
   return {};
 }
 

@@ -20,8 +20,8 @@ using TNoticeFunc = std::function<void(const std::string& Text)>;
 
 class TLinuxBuildEngine {
  public:
-  /// The command that starts the engine: {"msbuild"}, {"dotnet", "msbuild"} or {"xbuild"},
-  /// the first found on PATH; empty when there is none.
+  /// The command that starts the engine: {"msbuild"}, {"dotnet", "msbuild"} (a dotnet with an
+  /// SDK beside it) or {"xbuild"}, the first found on PATH; empty when there is none.
   static std::vector<std::string> FindEngine();
 
   /// Variables set for the engine (and the commands its targets run), besides this

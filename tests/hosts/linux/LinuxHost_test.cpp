@@ -119,3 +119,23 @@ TEST_F(LinuxHostTest, SettingZephProfilesDirMovesProfileFilesOnTheirNextSaveAndH
   EXPECT_TRUE(std::filesystem::exists(At("profiles/Box.profile")));
   RemoteProfileManagerShutdown();
 }
+
+TEST_F(LinuxHostTest, TheBuildEngineIsMsbuildThenADotnetWithAnSdkThenXbuild) {
+  const std::tuple<std::vector<std::string>, bool, std::vector<std::string>> Cases[] = {
+      {{"msbuild", "dotnet", "xbuild"}, true, {"msbuild"}},
+      {{"dotnet", "xbuild"}, true, {"dotnet", "msbuild"}},
+      {{"dotnet", "xbuild"}, false, {"xbuild"}},  // a runtime alone cannot build
+      {{"dotnet"}, false, {}},
+  };
+  int Run = 0;
+  for (const auto& [Programs, Sdk, Engine] : Cases) {
+    const std::filesystem::path Bin = At("bin" + std::to_string(++Run));
+    std::filesystem::create_directories(Sdk ? Bin / "sdk/8.0.100" : Bin);
+    for (const std::string& Program : Programs) {
+      WriteFileText(Bin / Program, "#!/bin/sh\n");
+      std::filesystem::permissions(Bin / Program, std::filesystem::perms::owner_all);
+    }
+    SetEnv("PATH", Bin.string());
+    EXPECT_EQ(TLinuxBuildEngine::FindEngine(), Engine) << Run;
+  }
+}
