@@ -9,6 +9,7 @@
 #include "core/Text.h"
 #include "host/startup/HostIntegration.h"
 #include "hosts/linux/LinuxProjects.h"
+#include "hosts/linux/LocalRoot.h"
 #include "hosts/linux/StoreCommit.h"
 #include "ui/ProfileCommands.h"
 #include "ui/PullFilesProgressForm.h"
@@ -69,6 +70,11 @@ bool TGuiStore::Refuse(const std::string& Text) {
 }
 
 bool TGuiStore::Commit(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge) {
+  for (const auto& [Platform, Profiles] : Copy.GetProfiles())
+    for (const IOTARemoteProfilePtr& Profile : Profiles)
+      if (const std::string Refusal = LinuxHost::LocalRootRefusal(Profile->GetName(), Profile->GetSystemRoot());
+          !Refusal.empty())
+        return Refuse("The " + Refusal + ".\n\n" + kNothingSaved);
   std::shared_ptr<TStoreLock> Lock = FHost.WriterLock;
   if (!Lock) {
     std::string LockError;

@@ -415,6 +415,8 @@ TOptionsWindow::~TOptionsWindow() {
 
 void TOptionsWindow::OkClick() {
   if (!FPage->WorkingCopy()) return;  // the page could not be shown
+  // The editors' values reach the working copy first, so the store checks what is committed.
+  if (!FPage->Dispatch([this] { FPage->CommitProperties(); })) return;
   if (!FStore.Commit(*FPage->WorkingCopy(), [this] { return FDialog.Accept(); })) return;
   FClosed = true;
   FPageView->Detach();

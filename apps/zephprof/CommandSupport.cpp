@@ -7,6 +7,7 @@
 #include "Json.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
+#include "hosts/linux/LocalRoot.h"
 #include "persistence/DefaultSdkPaths.h"
 
 std::string PathTypeName(TOTAPathItemType Type) {
@@ -80,30 +81,10 @@ void PrintPathItems(TAppContext& Context, const TOTARemoteProfilePathArray& Path
   }
 }
 
-namespace {
-
-/// Path absolute, links of its existing part resolved, without a trailing separator.
-std::filesystem::path Resolved(const std::string& Path) {
-  std::error_code Ec;
-  std::filesystem::path Result = std::filesystem::weakly_canonical(std::filesystem::absolute(Path), Ec);
-  if (Ec) Result = std::filesystem::absolute(Path).lexically_normal();
-  return Result.has_filename() ? Result : Result.parent_path();
-}
-
-}  // namespace
-
 bool CheckLocalRoot(TAppContext& Context, const std::string& ProfileName, const std::string& Root) {
-  const auto& Environment = HostServices().Environment;
-  if (Root.empty() || !Environment) return true;
-  const std::filesystem::path Local = Resolved(Environment->ExpandRootMacro(Root));
-  const std::filesystem::path Data = Resolved(Environment->fnAppDataDir());
-  const auto [LocalEnd, DataAt] = std::mismatch(Local.begin(), Local.end(), Data.begin(), Data.end());
-  if (LocalEnd != Local.end()) return true;  // not the data directory, nor a folder above it
-  Context.Error(
-      Format("local root '%s' of profile '%s' is refused: it is the application-data directory '%s' "
-             "or holds it, and a cache pull there could overwrite the profile files and the password key",
-             {Root, ProfileName, Data.string()}));
-  return false;
+  const std::string Refusal = LinuxHost::LocalRootRefusal(ProfileName, Root);
+  if (!Refusal.empty()) Context.Error(Refusal);
+  return Refusal.empty();
 }
 
 std::string NotARegularFile(const std::string& File) {

@@ -194,15 +194,24 @@ class TGuiTest : public QObject {
     Open(false, {"Box"});  // a new profile starts from its platform's default set
     const int Defaults = static_cast<int>(GetDefaultPaths("Linux64").size());
     QCOMPARE(ItemsOfBox([this](const TFormView& Page) {
-      Steps.push_back([](TFormView& D) {
-        Type(D, "RemotePathCombo", "/opt/sdk");
-        Click(D, "OKButton");
-      });
-      Click(Page, "PropertyEditor.AddPathButton");
-    }),
+               Steps.push_back([](TFormView& D) {
+                 Type(D, "RemotePathCombo", "/opt/sdk");
+                 Click(D, "OKButton");
+               });
+               Click(Page, "PropertyEditor.AddPathButton");
+             }),
              Defaults);
     Open(false, {});  // a later session
     QCOMPARE(ItemsOfBox([](const TFormView&) {}), Defaults + 1);
+
+    const std::string Before = ReadFileText(Store->SettingsFileName());
+    QString Said;
+    ItemsOfBox([&](const TFormView& Page) {  // a local root holding the data directory
+      Type(Page, "PropertyEditor.LocalRootEdit", QString::fromStdString(Dir->Path.string()));
+      Acknowledge(Said);
+    });
+    QVERIFY2(Said.contains("is refused: it is the application-data directory"), qPrintable(Said));
+    QCOMPARE(ReadFileText(Store->SettingsFileName()), Before);
   }
 
   void cancelAndAnotherProgramsChangeSaveNothing() {
