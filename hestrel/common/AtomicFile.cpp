@@ -36,20 +36,21 @@ bool WriteAll(int Fd, std::string_view Data) {
 }
 
 /// The temporary file's name for a target named Name: "." + Name + ".tmp-XXXXXX", hidden and
-/// never a name a reader looks for. The copied part of Name is cut (at a UTF-8 character
-/// boundary) so the whole name is at most NAME_MAX bytes: a target whose own name fits must
-/// not fail with "File name too long" because of its temporary file.
+/// never a name a reader looks for. A Name too long for that loses part of its middle (cut at
+/// a UTF-8 character boundary) so the whole is at most NAME_MAX bytes: a target whose own name
+/// fits must not fail with "File name too long" because of its temporary file, and the kept
+/// extension still tells a later sweep of stale temporaries whose file it was.
 std::string TempNamePattern(const std::string& Name) {
   static constexpr std::string_view Suffix = ".tmp-XXXXXX";
   constexpr std::size_t MaxCopied = NAME_MAX - 1 - Suffix.size();
-  std::size_t Copied = Name.size();
-  if (Copied > MaxCopied) {
-    Copied = MaxCopied;
-    while (Copied > 0 && (static_cast<unsigned char>(Name[Copied]) & 0xC0) == 0x80) --Copied;  // not mid-character
-  }
   std::string Pattern(1, '.');
-  Pattern.append(Name, 0, Copied).append(Suffix);
-  return Pattern;
+  if (Name.size() <= MaxCopied) return Pattern.append(Name).append(Suffix);
+  const std::size_t Dot = Name.rfind('.');
+  const std::string_view Extension =
+      Dot != std::string::npos && Name.size() - Dot <= 32 ? std::string_view(Name).substr(Dot) : std::string_view();
+  std::size_t Head = MaxCopied - Extension.size();
+  while (Head > 0 && (static_cast<unsigned char>(Name[Head]) & 0xC0) == 0x80) --Head;  // not mid-character
+  return Pattern.append(Name, 0, Head).append(Extension).append(Suffix);
 }
 
 /// Flushes the directory so that the rename itself survives a crash.

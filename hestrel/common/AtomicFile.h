@@ -23,8 +23,9 @@ struct TAtomicWriteResult {
 /// with another mode: the caller decides, e.g. 0600 for files that hold credentials). A
 /// symbolic link at FileName is replaced by the file, not followed. On failure Error says
 /// which step failed and why, naming FileName ("Cannot save '/x/a.profile': ...").
-/// The temporary file is "." + the target's name + ".tmp-" + 6 random characters, the
-/// copied name cut at a character boundary so the whole is at most NAME_MAX (255) bytes.
+/// The temporary file is "." + the target's name + ".tmp-" + 6 random characters; a name too
+/// long for that loses part of its middle (at a character boundary, its extension kept) so
+/// the whole is at most NAME_MAX (255) bytes.
 TAtomicWriteResult AtomicWriteFile(const std::string& FileName, std::string_view Contents, mode_t Mode = 0600);
 
 /// Test seam: called after the temporary file is written and flushed and before it is

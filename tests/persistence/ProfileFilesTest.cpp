@@ -49,7 +49,14 @@ TEST_F(ProfileFiles, ANameHasAFileInTheApplicationDataDirectoryExactlyWhenTheMan
     ExpectOneMessage("'" + Name + "' is not a valid profile name.  A profile name must be a valid filename");
     EXPECT_THROW(M->SaveProfileFile("", Name, "OSX32", "h", 1, {}, "", {}, {}, {}, {}), EProfileFileError);
   }
-  M->SaveOptions(*Ini);  // the temporary file of a 255-byte name must not be longer
+  std::vector<std::string> Temporaries;
+  hestrel::SetAtomicWriteHookForTesting([&](const std::string& Temp, const std::string&) {
+    Temporaries.push_back(fs::path(Temp).filename().string());
+    return std::string();
+  });
+  M->SaveOptions(*Ini);
+  for (const std::string& Temp : Temporaries)  // at most 255 bytes, and still known as a profile's
+    EXPECT_TRUE(Temp.size() <= 255 && Temp.substr(0, Temp.size() - 6).ends_with(".profile.tmp-")) << Temp;
   for (const std::string& Name : Taken) EXPECT_TRUE(fs::is_regular_file(AppData() / (Name + ".profile"))) << Name;
   EXPECT_FALSE(fs::exists(AppData().parent_path() / "evil.profile"));
   EXPECT_EQ(NamesOf(*TRemoteProfileManager::Create(Ini), "OSX32"), Taken);
