@@ -44,6 +44,10 @@ class TGuiStore {
   bool Commit(const TRemoteProfileManager& Copy, const std::function<bool()>& Merge);
   /// Writes the settings file as the live manager left it (the lock is held from load on).
   bool WriteSettingsFile();
+  /// What the host runs for the system's EditOptions (as EditProfile calls it).
+  void SetOptionsDialog(std::function<void(const std::string& PagePath)> Dialog) {
+    FHost.Registry->SetOptionsDialog(std::move(Dialog));
+  }
 
  private:
   std::optional<std::string> ReadSettingsFile() const;

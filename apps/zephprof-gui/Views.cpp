@@ -315,6 +315,10 @@ void RegisterViews(QtHost::TQtUserInterface& Ui) {
   Ui.RegisterView("SelectRemoteProfileDialog", Make<TSelectRemoteProfileView>());
 }
 
+void InstallOptionsDialog(TGuiStore& Store) {
+  Store.SetOptionsDialog([&Store](const std::string&) { TOptionsWindow(Store).exec(); });
+}
+
 // ---- The options window -------------------------------------------------------------------
 
 TRemoteProfilePageView::TRemoteProfilePageView(TRemoteProfilePage& Page, QWidget* Parent) : TFormView(Page, Parent) {

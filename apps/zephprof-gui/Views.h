@@ -18,6 +18,8 @@
 /// The windows of the wizard, the two selection dialogs, the path item dialog and the progress
 /// window, shown whenever their models are.
 void RegisterViews(QtHost::TQtUserInterface& Ui);
+/// The options window over Store is what EditProfile opens.
+void InstallOptionsDialog(TGuiStore& Store);
 
 /// The page "Connection Profile Manager" drawn inside the options window.
 class TRemoteProfilePageView : public QtHost::TFormView {

@@ -89,6 +89,7 @@ int Main(int argc, char** argv) {
     return Choose->count() > 0 ? RunProfileChooser(Store, Platform, std::cout)
                                : RunProfileSelector(Store, Platform, std::cout);
   }
+  InstallOptionsDialog(Store);
   TOptionsWindow Window(Store);
   return Window.exec() == QDialog::Accepted ? ExitOk : ExitFailed;
 }

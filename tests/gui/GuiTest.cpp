@@ -214,6 +214,20 @@ class TGuiTest : public QObject {
     QCOMPARE(ReadFileText(Store->SettingsFileName()), Before);
   }
 
+  void editProfileOpensTheOptionsWindowOnTheProfile() {
+    Open(false, {"Box", "Old"});
+    InstallOptionsDialog(*Store);
+    const auto Shown = [] { return dynamic_cast<TOptionsWindow*>(QApplication::activeModalWidget()); };
+    QString Selected;
+    When([Shown] { return Shown() && Shown()->isVisible(); },
+         [&] {
+           Selected = At<QTreeWidget>(Shown()->PageView(), "ProfileList")->currentItem()->text(0);
+           Shown()->CancelClick();
+         });
+    Store->Live()->EditProfile("Old");
+    QCOMPARE(Selected, QString("Old"));
+  }
+
   void cancelAndAnotherProgramsChangeSaveNothing() {
     Open(false, {"Box", "Old"});
     const std::string Before = ReadFileText(Store->SettingsFileName());
