@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "ProcessRunner.h"
+#include "hosts/linux/LinuxBuild.h"
 
 namespace {
 
@@ -100,8 +101,11 @@ TEST_F(ZephprofDeploy, ARenameFollowsIntoTheGroupsProjectsAndTheEnvFileThatATerm
        TStep({"--group", Group, "rename", "Box", "Server"}, 0, "…", "")});
   EXPECT_EQ(ReadFileText(App) + ReadFileText(Lib), AppWith("Server") + LibWith("Server"));
   std::array<char, 4096> Buffer{};
-  FILE* Build = popen(("cd " + Dir.string() + " && ZephEnvFile=" + EnvFile +
-                       " xbuild /nologo /t:ShowProfile /p:Platform=Linux64 app.proj")
+  std::string Engine;  // the engine a deploy would take, run from a terminal
+  for (const std::string& Word : TLinuxBuildEngine::FindEngine()) Engine += Word + " ";
+  ASSERT_FALSE(Engine.empty());
+  FILE* Build = popen(("cd " + Dir.string() + " && ZephEnvFile=" + EnvFile + " " + Engine +
+                       "/nologo /t:ShowProfile /p:Platform=Linux64 app.proj")
                           .c_str(),
                       "r");
   const std::string Shown(Buffer.data(), fread(Buffer.data(), 1, Buffer.size() - 1, Build));
