@@ -130,9 +130,13 @@ void TLinuxBuildLock::Lock() {
   const int Fd = ::open(FFileName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (Fd < 0) throw std::runtime_error("Cannot open the build lock '" + FFileName + "': " + std::strerror(errno));
   if (::flock(Fd, LOCK_EX | LOCK_NB) != 0) {
-    char Holder[32] = {};
-    (void)!::pread(Fd, Holder, sizeof Holder - 1, 0);
-    const int HolderPid = std::atoi(Holder);
+    // The holder writes its pid just after taking the lock: a waiter that comes in between
+    // gives it a moment before naming no process.
+    int HolderPid = 0;
+    for (int Try = 0; Try < 20; ++Try, ::usleep(5000)) {
+      char Holder[32] = {};
+      if ((HolderPid = ::pread(Fd, Holder, sizeof Holder - 1, 0) > 0 ? std::atoi(Holder) : 0) > 0) break;
+    }
     if (FNotice)
       FNotice("Waiting for another deploy to finish: the build lock '" + FFileName + "' is held by " +
               (HolderPid > 0 ? "process " + std::to_string(HolderPid) : std::string("another process")));
