@@ -24,7 +24,6 @@ bool CancelPending = false;
 TProgressForm::TProgressForm() : TForm("ProgressForm") {
   SetCaption("Progress");
   SetHeight(kFormHeight);
-  FFullHeight = Height();
   ErrorPanel.SetTop(kFormHeight - kLogHeight);
   ErrorPanel.SetHeight(kLogHeight);
   ErrorPanel.SetVisible(false);
@@ -41,6 +40,13 @@ TProgressForm::TProgressForm() : TForm("ProgressForm") {
     ErrorTree.SetSelection(std::move(All));
   };
   OnClose = [this] { FormClose(); };
+  FormCreate();
+}
+
+void TProgressForm::FormCreate() {
+  FCancelled = false;
+  FFullHeight = Height();
+  FErrors.clear();
   FormOpen = true;
 }
 

@@ -13,7 +13,7 @@
 
 class TProgressForm : public TForm {
  public:
-  TProgressForm();  // as the window's FormCreate
+  TProgressForm();
   ~TProgressForm() override;
 
   TControl ProgressPanel{*this, "ProgressPanel", TControlKind::Panel};
@@ -45,6 +45,7 @@ class TProgressForm : public TForm {
   void WaitForClose();
   void Error(const std::string& Message);
   std::string ErrorTreeGetText(int Index) const;
+  void FormCreate();
   void FormClose();
 
   /// Kinds 0, 1 and 2 (start, progress, error) drawn; answers false once the user cancelled.
