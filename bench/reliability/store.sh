@@ -121,39 +121,34 @@ echo "  leftovers after the next writer:     $leftovers"
 echo "  unlisted profile files at the end:   $(unlisted) (of $(find "$DATA" -maxdepth 1 -name '*.profile' | wc -l))"
 
 # ---- parallel writers ------------------------------------------------------------------------
-# Each background change appends its exit status to a file: the count of 0s is what was reported.
-in_background() { (z "$@" >/dev/null; echo $? >>"$WORK/statuses") & }
-succeeded() { grep -cx 0 "$WORK/statuses"; rm -f "$WORK/statuses"; }
+# race LABEL: each pair runs first_change I and second_change I at once, then counts the changes
+# that first_kept I and second_kept I find in the store ("listed" holds its list for them).
+race() {
+  local i kept=0 reported listed
+  for ((i = 0; i < PAIRS; i++)); do
+    (first_change "$i" >/dev/null; echo $? >>"$WORK/statuses") &
+    (second_change "$i" >/dev/null; echo $? >>"$WORK/statuses") &
+    wait
+  done
+  reported=$(grep -cx 0 "$WORK/statuses")
+  rm -f "$WORK/statuses"
+  listed=$(z list)
+  for ((i = 0; i < PAIRS; i++)); do
+    first_kept "$i" && kept=$((kept + 1))
+    second_kept "$i" && kept=$((kept + 1))
+  done
+  echo "$1: $kept of $((2 * PAIRS)) changes kept ($reported reported success)"
+}
 rm -rf "$WORK/config" "$DATA"
-made=0
-for ((i = 0; i < PAIRS; i++)); do
-  in_background add "A$i" --platform Linux64 --host a
-  in_background add "B$i" --platform Linux64 --host b
-  wait
-  made=$((made + 2))
-done
-reported=$(succeeded)
-listed=$(z list)
-kept=0
-for ((i = 0; i < PAIRS; i++)); do
-  grep -q " A$i  " <<<"$listed" && kept=$((kept + 1))
-  grep -q " B$i  " <<<"$listed" && kept=$((kept + 1))
-done
-echo "parallel adds in pairs: $kept of $made changes kept ($reported reported success)"
+first_change() { z add "A$1" --platform Linux64 --host a; }
+second_change() { z add "B$1" --platform Linux64 --host b; }
+first_kept() { grep -q " A$1  " <<<"$listed"; }
+second_kept() { grep -q " B$1  " <<<"$listed"; }
+race "parallel adds in pairs"
 
 for ((i = 0; i < PAIRS; i++)); do z add "R$i" --platform Linux64 --host r >/dev/null; done
-made=0
-for ((i = 0; i < PAIRS; i++)); do
-  in_background remove "R$i"
-  in_background add "N$i" --platform Linux64 --host n
-  wait
-  made=$((made + 2))
-done
-reported=$(succeeded)
-listed=$(z list)
-kept=0
-for ((i = 0; i < PAIRS; i++)); do
-  { ! grep -q " R$i  " <<<"$listed" && [ ! -e "$DATA/R$i.profile" ]; } && kept=$((kept + 1))
-  grep -q " N$i  " <<<"$listed" && kept=$((kept + 1))
-done
-echo "remove racing add: $kept of $made changes kept ($reported reported success)"
+first_change() { z remove "R$1"; }
+second_change() { z add "N$1" --platform Linux64 --host n; }
+first_kept() { ! grep -q " R$1  " <<<"$listed" && [ ! -e "$DATA/R$1.profile" ]; }
+second_kept() { grep -q " N$1  " <<<"$listed"; }
+race "remove racing add"
