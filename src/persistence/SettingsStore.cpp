@@ -23,8 +23,9 @@ struct TLoadedProfile {
   TOTARemoteProfilePathArray Paths;
 };
 
-/// The sub-section "RemoteProfiles\" + name, value by value in the store's fixed order.
-void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
+/// The values of the sub-section "RemoteProfiles\" + name but its path items, one by one in
+/// the store's fixed order.
+void ReadSubSectionValues(TCustomIniFile& Settings, TLoadedProfile& P) {
   const std::string Section = L::ProfileSection(P.Name);
   P.Platform = Settings.ReadString(Section, L::Platform, "");
   P.HostName = Settings.ReadString(Section, L::HostName, "");
@@ -32,20 +33,26 @@ void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
   const std::string Password = Settings.ReadString(Section, L::Password, "");
   const std::string PassFile = Settings.ReadString(Section, L::PassFile, "");
   P.LocalRoot = Settings.ReadString(Section, L::LocalRoot, "");
-  P.Paths = ReadStoredPathItems(Settings, Section, Settings.ReadInteger(Section, L::PathCount, 0));
   // A password file takes precedence; a password stays in its stored (enciphered) form.
   P.Credential.IsEncrypted = true;
   P.Credential.IsPassword = PassFile.empty();
   P.Credential.PasswordOrFile = PassFile.empty() ? Password : PassFile;
 }
 
+/// The whole sub-section: its values, then its path items.
+void ReadSubSection(TCustomIniFile& Settings, TLoadedProfile& P) {
+  ReadSubSectionValues(Settings, P);
+  const std::string Section = L::ProfileSection(P.Name);
+  P.Paths = ReadStoredPathItems(Settings, Section, Settings.ReadInteger(Section, L::PathCount, 0));
+}
+
 /// Whether a profile read from its profile file holds what the store's sub-section of that
-/// name holds. A sub-section without a platform was never written by a save (which always
-/// writes it), so there is nothing to disagree with.
+/// name holds (path items aside: a profile file has none). A sub-section without a platform was
+/// never written by a save (which always writes it), so there is nothing to disagree with.
 bool AgreesWithSubSection(TCustomIniFile& Settings, const TLoadedProfile& FromFile) {
   TLoadedProfile Stored;
   Stored.Name = FromFile.Name;
-  ReadSubSection(Settings, Stored);
+  ReadSubSectionValues(Settings, Stored);
   if (Stored.Platform.empty()) return true;
   return Stored.Platform == FromFile.Platform && Stored.HostName == FromFile.HostName && Stored.Port == FromFile.Port &&
          Stored.Credential.IsPassword == FromFile.Credential.IsPassword &&
