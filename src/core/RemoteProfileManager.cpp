@@ -29,12 +29,12 @@ IOTARemoteProfilePtr FindIn(const TProfileDictionary& Profiles, const std::strin
   return nullptr;
 }
 
-void DeleteFileQuietly(const std::string& FileName) {
-  std::error_code Ignored;
-  std::filesystem::remove(FileName, Ignored);
-}
-
 }  // namespace
+
+void RemoveProfileFile(const std::string& FileName) {
+  std::error_code Ignored;
+  if (!FileName.empty()) std::filesystem::remove(FileName, Ignored);
+}
 
 // The stricter of the host rules, so a name is a file name everywhere and never a path
 // (docs/DECISIONS.md).
@@ -257,7 +257,7 @@ void TRemoteProfileManager::Assign(const IRemoteProfileManagerPtr& Source) {
       const std::string Name = Live->GetName();
       if (FindIn(SourceProfiles, Name)) continue;
       RemoveProfile(Live);
-      if (FSettings) DeleteFileQuietly(GetProfileFileName(Name));
+      if (FSettings) RemoveProfileFile(GetProfileFileName(Name));
     }
   }
 

@@ -30,6 +30,8 @@ inline constexpr std::size_t MaxProfileNameBytes = 255 - 8;
 /// control character, none of  " * / : < > ? \ |  and not made only of dots and blanks ("."
 /// and ".." name a directory, never a file). An empty name passes: it has its own message.
 bool HasValidFileNameChars(const std::string& Name);
+/// Removes a profile file when there is one; "" and a missing file are no error.
+void RemoveProfileFile(const std::string& FileName);
 
 /// What SendNotify announces, in the host's order; any other value announces nothing.
 enum TProfileNotifyAction { pnaAdded, pnaRemoved, pnaNameChanged, pnaChanged, pnaAfterRun, pnaAfterDeploy };

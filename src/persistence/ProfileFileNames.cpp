@@ -1,17 +1,11 @@
 // The file-name check, the application-data directory and the sorting of path items that
 // the settings store, the profile files and the default-path files share (see ProfileFiles.h).
-#include <filesystem>
 
 #include "core/RemoteProfileManager.h"
 #include "host/HostServices.h"
 #include "persistence/ProfileFiles.h"
 
 bool IsValidProfileFileName(const std::string& Name) { return !Name.empty() && HasValidFileNameChars(Name); }
-
-void RemoveProfileFile(const std::string& FileName) {
-  std::error_code Ignored;
-  if (!FileName.empty()) std::filesystem::remove(FileName, Ignored);
-}
 
 std::string AppDataDirectory() {
   const auto& Environment = HostServices().Environment;

@@ -22,9 +22,6 @@ class EProfileFileError : public std::runtime_error {
 /// fits in 255 bytes.
 bool IsValidProfileFileName(const std::string& Name);
 
-/// Removes a profile file when there is one; "" and a missing file are no error.
-void RemoveProfileFile(const std::string& FileName);
-
 /// The host's application-data directory with a trailing "/"; "" without a host
 /// environment or when the host answers "".
 std::string AppDataDirectory();
