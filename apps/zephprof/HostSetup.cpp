@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "host/startup/HostIntegration.h"
-#include "hosts/linux/LinuxProjects.h"
 
 TLinuxHost InstallHost(const std::string& SettingsFile, const std::string& DataDir, const std::string& GroupFile,
                        IOTAMessageServicesPtr Messages, IProgressDisplayPtr Progress, IOTAUserInterfaceServicesPtr Ui,
@@ -18,13 +17,8 @@ TLinuxHost InstallHost(const std::string& SettingsFile, const std::string& DataD
   Options.Ui = std::move(Ui);
   Options.Notice = Notice;
   Options.LockForWriting = LockForWriting;
+  Options.GroupFile = GroupFile;
   TLinuxHost Host = InstallLinuxHost(Options);
-  if (!GroupFile.empty() && Host.SettingsLoadError.empty()) {
-    // The monitor rewrites the group's projects when a profile is renamed or removed.
-    Host.Services.Projects =
-        TLinuxProjectServices::OpenGroup(GroupFile, Host.Build, Notice, Host.SettingsLoadError);
-    SetHostServices(Host.Services);
-  }
   // The plug-in's units start: add-in options, ZEPHPROFILESDIR, the build-environment routine
   // and the project monitor; the wizard and selector hooks; the options page.
   PackageStartup();

@@ -4,6 +4,7 @@
 
 #include "client/ClientFactory.h"
 #include "hosts/linux/LinuxPlatforms.h"
+#include "hosts/linux/LinuxProjects.h"
 
 namespace {
 
@@ -80,7 +81,9 @@ TLinuxHost InstallLinuxHost(const TLinuxHostOptions& Options) {
   Services.AppIniFile = Host.Settings;
   Services.Platforms = std::make_shared<TLinuxPlatformServices>();
   Services.Messages = Options.Messages;
-  Services.Projects = Options.Projects;
+  if (!Options.GroupFile.empty() && Host.SettingsLoadError.empty())
+    Services.Projects =
+        TLinuxProjectServices::OpenGroup(Options.GroupFile, Host.Build, Options.Notice, Host.SettingsLoadError);
   Services.EnvFileWriter = Host.EnvFileWriter;
   Services.Environment = Host.Environment;
   Services.AgentLibrary = Options.AgentLibrary ? Options.AgentLibrary

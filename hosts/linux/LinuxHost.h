@@ -23,7 +23,10 @@ struct TLinuxHostOptions {
   std::string EnvFileName;              ///< "environment.proj" in the application-data directory
   IOTAMessageServicesPtr Messages;      ///< the front end's message boxes (none: nullptr)
   IProgressDisplayPtr ProgressDisplay;  ///< the front end's progress display
-  IOTAProjectServicesPtr Projects;      ///< open projects, when the front end has any
+  /// The open project group (a group file listing project files); "" for none. The project
+  /// monitor rewrites its projects when a profile is renamed or removed. One that cannot be
+  /// read sets SettingsLoadError.
+  std::string GroupFile;
   TRAClientFactoryPtr AgentLibrary;     ///< hestrel::THestrelClientFactory(app-data dir)
   TNoticeFunc Notice;                   ///< what needs no answer (waiting for the build lock)
   IOTAUserInterfaceServicesPtr Ui;      ///< the front end's user interface (none: nullptr)
