@@ -8,7 +8,6 @@
 #include "client/ClientFactory.h"
 #include "core/Text.h"
 #include "host/startup/HostIntegration.h"
-#include "hosts/linux/LinuxProjects.h"
 #include "hosts/linux/LocalRoot.h"
 #include "hosts/linux/StoreCommit.h"
 #include "ui/ProfileCommands.h"
@@ -32,6 +31,7 @@ bool TGuiStore::Open(const TGuiOptions& Options, std::shared_ptr<QtHost::TQtUser
   HostOptions.Ui = std::move(Ui);
   HostOptions.LockForWriting = true;
   HostOptions.LockTimeout = FLockTimeout = Options.LockTimeout;
+  HostOptions.GroupFile = Options.GroupFile;
   FHost = InstallLinuxHost(HostOptions);
   if (const auto Agent = std::dynamic_pointer_cast<hestrel::THestrelClientFactory>(FHost.Services.AgentLibrary)) {
     // While a connection is set up the windows are drawn and timers run; the user's clicks and
@@ -41,11 +41,6 @@ bool TGuiStore::Open(const TGuiOptions& Options, std::shared_ptr<QtHost::TQtUser
   }
   FSettingsFile = FHost.Settings->GetFileName();
   FError = FHost.SettingsLoadError;
-  if (FError.empty() && !Options.GroupFile.empty()) {
-    // The monitor rewrites the group's projects when a profile is renamed or removed.
-    FHost.Services.Projects = TLinuxProjectServices::OpenGroup(Options.GroupFile, FHost.Build, nullptr, FError);
-    SetHostServices(FHost.Services);
-  }
   if (!FError.empty()) return false;
   PackageStartup();
   FLive = RemoteProfileMgr();
@@ -84,15 +79,7 @@ bool TGuiStore::Commit(const TRemoteProfileManager& Copy, const std::function<bo
   }
   if (ReadSettingsFile() != FLoaded) return Refuse(Format(kChangedMeanwhile, {FSettingsFile}));
   LinuxHost::RemoveUncommittedProfileFiles(FSettingsFile, *FLive);
-  std::string WriteError;
-  const bool Written = LinuxHost::CommitMerging(FSettingsFile, *FLive, Copy, [&] {
-    if (!Merge()) return false;
-    WriteError = FHost.Settings->UpdateFile().Error;
-    return WriteError.empty();
-  });
-  if (!WriteError.empty()) return Refuse(WriteError + "\n\n" + kNothingSaved);
-  if (Written) FLoaded = ReadSettingsFile();
-  return Written;
+  return LinuxHost::CommitMerging(FSettingsFile, *FLive, Copy, [&] { return Merge() && WriteSettingsFile(); });
 }
 
 bool TGuiStore::WriteSettingsFile() {
