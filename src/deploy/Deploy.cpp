@@ -53,7 +53,7 @@ bool TRemoteProfileManager::CanDeployProject(const IOTAProjectPtr& Project, cons
   const bool Deployable = dynamic_cast<IOTAProjectDeployment*>(Project.get()) != nullptr;
   const std::string Current = Project->GetCurrentPlatform();
   // Apple device and simulator targets are deployed through a Mac profile.
-  if (SameText(Current, "iOSSimulator") || SameText(Current, "iOSDevice"))
+  if (ParentPlatform(Current) != Current)
     return Profile && Deployable && Profile->GetPlatformName() == "OSX32";
   if (!Profile) return false;
   const IOTAProjectPlatformsPtr Platforms = Project->GetProjectPlatforms();

@@ -34,10 +34,6 @@ class TProgressForm : public TForm {
   TControl CopyItem{*this, "CopyItem", TControlKind::MenuItem, "&Copy"};                  // Ctrl+C
   TControl SelectAllItem{*this, "SelectAllItem", TControlKind::MenuItem, "Select &All"};  // Ctrl+A
 
-  bool Cancelled() const { return FCancelled; }
-  bool Finished() const { return FFinished; }
-  bool WaitingForUser() const { return FWaiting; }
-  bool HasErrors() const { return FHasErrors; }
   int FullHeight() const { return FFullHeight; }
 
   void CancelButtonClick();

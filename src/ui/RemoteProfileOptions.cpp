@@ -4,10 +4,8 @@
 #include "core/ResourceStrings.h"
 #include "core/Text.h"
 #include "host/HostServices.h"
-#include "persistence/DefaultSdkPaths.h"
 #include "ui/PullFilesProgressForm.h"
 #include "ui/RemoteProfilePathEditDlg.h"
-#include "ui/RemoteProfileWizard.h"
 
 namespace {
 
@@ -302,7 +300,7 @@ void TRemoteProfilePage::CommitProperties() {
 }
 
 bool TRemoteProfilePage::ValidatePlatform(const std::string& PlatformName) const {
-  return !SameText(PlatformName, "iOSSimulator") && !SameText(PlatformName, "iOSDevice");
+  return ParentPlatform(PlatformName) == PlatformName;  // the Apple targets have their parent's profiles
 }
 
 int TRemoteProfilePage::GroupFromPlatform(const std::string& PlatformName) const {

@@ -8,17 +8,10 @@
 #include "host/HostServices.h"
 #include "persistence/DefaultSdkPaths.h"
 #include "ui/ProfileCommands.h"
-#include "ui/RemoteProfileWizard.h"
 
 namespace {
 
 int StartupCount = 0;
-
-std::string Lower(std::string Text) {
-  std::transform(Text.begin(), Text.end(), Text.begin(),
-                 [](unsigned char C) { return static_cast<char>(C >= 'A' && C <= 'Z' ? C + ('a' - 'A') : C); });
-  return Text;
-}
 
 }  // namespace
 
@@ -64,13 +57,13 @@ void TChooseProfileDialog::SearchEditChange() {
       ItemList.ItemIndex() >= 0 && static_cast<std::size_t>(ItemList.ItemIndex()) < FVisible.size()
           ? FVisible[static_cast<std::size_t>(ItemList.ItemIndex())]
           : nullptr;
-  const std::string Search = Lower(TrimText(SearchEdit.Text()));
+  const std::string Search = LowerCase(TrimText(SearchEdit.Text()));
   FVisible.clear();
   std::vector<std::string> Titles;
   int SelectedIndex = -1;
   for (const auto& Item : FItems) {
-    if (!Search.empty() && Lower(Item->GetTitle()).find(Search) == std::string::npos &&
-        Lower(Item->GetDescription()).find(Search) == std::string::npos)
+    if (!Search.empty() && LowerCase(Item->GetTitle()).find(Search) == std::string::npos &&
+        LowerCase(Item->GetDescription()).find(Search) == std::string::npos)
       continue;
     if (Item.get() == Selected) SelectedIndex = static_cast<int>(FVisible.size());
     FVisible.push_back(Item.get());

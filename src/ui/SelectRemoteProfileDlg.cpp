@@ -6,7 +6,6 @@
 #include "host/ActiveProject.h"
 #include "host/HostServices.h"
 #include "persistence/DefaultSdkPaths.h"
-#include "ui/RemoteProfileWizard.h"
 
 namespace {
 
