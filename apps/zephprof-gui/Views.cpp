@@ -1,14 +1,12 @@
 // zephprof-gui: the windows (see Views.h).
 #include "Views.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,12 +21,9 @@
 #include <QVBoxLayout>
 #include <ostream>
 
-#include "ui/PullFilesProgressForm.h"
 #include "ui/RemoteProfileAddInOptions.h"
-#include "ui/RemoteProfilePathEditDlg.h"
 #include "ui/RemoteProfileWizard.h"
 #include "ui/SelectProfileDlg.h"
-#include "ui/SelectRemoteProfileDlg.h"
 
 using QtHost::TFormView;
 

@@ -33,7 +33,6 @@ class TOptionsWindow : public QDialog {
  public:
   explicit TOptionsWindow(TGuiStore& Store, QWidget* Parent = nullptr);
   ~TOptionsWindow() override;
-  TRemoteProfilePage& Page() const { return *FPage; }
   TRemoteProfilePageView& PageView() const { return *FPageView; }
   void OkClick();
   void CancelClick();

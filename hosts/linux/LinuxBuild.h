@@ -8,7 +8,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,7 +48,6 @@ class TLinuxBuildLock {
   /// file cannot be opened.
   void Lock();
   void UnLock();
-  const std::string& GetFileName() const { return FFileName; }
 
  private:
   std::string FFileName;
@@ -67,7 +65,6 @@ class TLinuxBuildServices : public IOTABuildServices {
   bool InvokeMSBuild(IOTACustomProject& Project, const std::string& Target, const std::string& Properties,
                      TBuildControl& Control) override;
   TLinuxBuildEngine& Engine() { return FEngine; }
-  TLinuxBuildLock& BuildLock() { return FLock; }
 
  private:
   TLinuxBuildEngine FEngine;

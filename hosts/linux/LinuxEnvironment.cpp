@@ -96,7 +96,7 @@ void TLinuxEnvironment::AddVariable(const std::string& Name, const std::string& 
 bool TLinuxEnvironment::IsVariableSet(const std::string& Name) const { return std::getenv(Name.c_str()) != nullptr; }
 
 bool TLinuxEnvironment::IsKnown(const std::string& Name) const {
-  return std::getenv(Name.c_str()) != nullptr || FDeclared.count(Name) != 0;
+  return IsVariableSet(Name) || FDeclared.count(Name) != 0;
 }
 
 std::string TLinuxEnvironment::ExpandRootMacro(const std::string& Text) const {

@@ -1,6 +1,5 @@
 #include "hosts/linux/LinuxProjects.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -74,7 +73,7 @@ std::string TLinuxProject::GetActiveConfigurationName() const {
 }
 
 void TLinuxProject::SetProfile(const std::string& PlatformName, const std::string& ProfileName) {
-  if (FFile.GetProfile(PlatformName) == ProfileName && GetSupported(PlatformName)) return;
+  if (FFile.GetProfile(PlatformName) == ProfileName) return;
   if (FFile.SetProfile(PlatformName, ProfileName)) FModified = true;
 }
 
@@ -86,7 +85,7 @@ int TLinuxProject::GetCompileState(const std::string& Config, const std::string&
   const std::string ConfigName = Config.empty() && Platform.empty() ? GetActiveConfigurationName() : Config;
   const std::string PlatformName = Config.empty() && Platform.empty() ? GetCurrentPlatform() : Platform;
   if (!GetSupported(PlatformName)) return 4;
-  if (!FFile.HasBuildTarget || FFile.BuildOutputs.empty()) return 0;  // nothing declared to build
+  if (FFile.BuildOutputs.empty()) return 0;  // nothing declared to build (or no Build target)
   if (!FEngine) return 3;
   const std::string Properties = "Config=" + ConfigName + ";Platform=" + PlatformName;
   std::string Output, Error;

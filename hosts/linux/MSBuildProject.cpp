@@ -89,7 +89,6 @@ bool TMSBuildProjectFile::Parse(std::string FileName, std::string Text, std::str
   DefaultPlatform = DefaultProperty(Project, "Platform");
   if (DefaultPlatform.empty() && !Platforms.empty()) DefaultPlatform = Platforms.front();
   const pugi::xml_node Build = Project.find_child_by_attribute("Target", "Name", "Build");
-  HasBuildTarget = static_cast<bool>(Build);
   BuildInputs = Build.attribute("Inputs").value();
   BuildOutputs = Build.attribute("Outputs").value();
   return true;

@@ -25,8 +25,7 @@ class TMSBuildProjectFile {
   std::string DefaultConfig;    ///< <Config Condition="'$(Config)'==''">
   std::string DefaultPlatform;  ///< <Platform Condition="'$(Platform)'==''">, else the first listed
   std::vector<std::string> Platforms;
-  bool HasBuildTarget = false;
-  std::string BuildInputs, BuildOutputs;  ///< the "Build" target's attributes, as written
+  std::string BuildInputs, BuildOutputs;  ///< the "Build" target's attributes, as written ("" without one)
 
   /// The profile assigned for PlatformName ("" when none or not a platform of the file).
   std::string GetProfile(const std::string& PlatformName) const;

@@ -20,11 +20,6 @@ bool TTerminalUserInterface::ReadLine(const std::string& Prompt, std::string& Li
 }
 
 bool TTerminalUserInterface::InputQuery(const std::string& Caption, const std::string& Prompt, std::string& Value) {
-  if (!FInputs.empty()) {
-    Value = FInputs.front();
-    FInputs.pop_front();
-    return true;
-  }
   std::string Line;
   if (!ReadLine(Caption + ": " + Prompt + (Value.empty() ? "" : " [" + Value + "]") + ": ", Line)) return false;
   if (!Line.empty()) Value = Line;  // an empty answer keeps the proposal

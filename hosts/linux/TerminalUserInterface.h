@@ -8,7 +8,6 @@
 #include <deque>
 #include <functional>
 #include <iosfwd>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,6 @@ class TTerminalUserInterface : public IOTAUserInterfaceServices {
   /// Reads answers from In, prompting on Err, only when Interactive.
   TTerminalUserInterface(bool Interactive, std::istream& In, std::ostream& Err);
 
-  void PresetInput(std::string Value) { FInputs.push_back(std::move(Value)); }
   void PresetFile(std::string FileName) { FFiles.push_back(std::move(FileName)); }
   /// Fills in the next form shown (for a modal form: until its OK or Cancel).
   void PresetForm(std::function<void(TForm&)> Fill) { FForms.push_back(std::move(Fill)); }
@@ -45,7 +43,7 @@ class TTerminalUserInterface : public IOTAUserInterfaceServices {
   bool FInteractive;
   std::istream& FIn;
   std::ostream& FErr;
-  std::deque<std::string> FInputs, FFiles;
+  std::deque<std::string> FFiles;
   std::deque<std::function<void(TForm&)>> FForms;
   THistoryLists FHistory;
   std::vector<TForm*> FShown;

@@ -6,7 +6,6 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
-#include <QRegularExpression>
 #include <algorithm>
 #include <stdexcept>
 
@@ -67,12 +66,6 @@ void TQtUserInterface::FreeWindows() {
 
 void TQtUserInterface::RegisterView(const std::string& FormName, TViewFactory Factory) {
   FFactories[FormName] = std::move(Factory);
-}
-
-std::vector<TFormView*> TQtUserInterface::Shown() const {
-  std::vector<TFormView*> Views;
-  for (const auto& View : FViews) Views.push_back(View.get());
-  return Views;
 }
 
 bool TQtUserInterface::InputQuery(const std::string& Caption, const std::string& Prompt, std::string& Value) {

@@ -35,14 +35,10 @@ class TQtUserInterface : public IOTAUserInterfaceServices {
 
   /// The window drawn for forms named FormName.
   void RegisterView(const std::string& FormName, TViewFactory Factory);
-  /// The windows of the forms shown now, the topmost last.
-  std::vector<TFormView*> Shown() const;
   /// Frees every window; called before the application object goes (the host outlives it).
   void FreeWindows();
   /// Told of each window once it is on the screen.
   std::function<void(TFormView& View)> OnShown;
-  /// The profiles the open options dialog edits, as the page handed them over.
-  const IOTARemoteProfileServicesPtr& EditedProfileServices() const { return FEdited; }
 
   bool InputQuery(const std::string& Caption, const std::string& Prompt, std::string& Value) override;
   bool ExecuteFileDialog(TOTAFileDialog& Dialog) override;
@@ -55,7 +51,7 @@ class TQtUserInterface : public IOTAUserInterfaceServices {
   void HandleMessage() override;
   void ShowHelp(int HelpContext) override;
   void SetClipboardText(const std::string& Text) override;
-  void SetEditedProfileServices(const IOTARemoteProfileServicesPtr& Services) override { FEdited = Services; }
+  void SetEditedProfileServices(const IOTARemoteProfileServicesPtr&) override {}
 
  private:
   std::map<std::string, TViewFactory> FFactories;
@@ -63,7 +59,6 @@ class TQtUserInterface : public IOTAUserInterfaceServices {
   /// Windows taken off the screen, freed once no handler of theirs can be running.
   std::vector<std::unique_ptr<TFormView>> FHidden;
   THistoryLists FHistory;
-  IOTARemoteProfileServicesPtr FEdited;
 };
 
 }  // namespace QtHost
