@@ -50,6 +50,10 @@ std::string LocalContentHash(const std::string& Path) {
   return sodium_bin2hex(Hex, sizeof Hex, Hash, sizeof Hash);
 }
 
+namespace {
+
+/// Reads `sha256sum` output ("HASH  NAME" lines; a leading backslash marks a name with "\\n"
+/// and "\\\\" escapes) into Hashes.
 void ParseContentHashes(const std::string& Output, std::map<std::string, std::string>& Hashes) {
   std::size_t Pos = 0;
   while (Pos < Output.size()) {
@@ -64,6 +68,8 @@ void ParseContentHashes(const std::string& Output, std::map<std::string, std::st
     Hashes[Escaped ? Unescaped(Name) : Name] = Line.substr(0, HashDigits);
   }
 }
+
+}  // namespace
 
 std::map<std::string, std::string> RemoteContentHashes(ssh_session Ssh, const std::vector<std::string>& Paths) {
   // A relative path goes as "./PATH", so that no name can read as standard input ("-").

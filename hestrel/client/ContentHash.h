@@ -18,8 +18,4 @@ std::string LocalContentHash(const std::string& Path);
 /// missing from the answer.
 std::map<std::string, std::string> RemoteContentHashes(ssh_session Ssh, const std::vector<std::string>& Paths);
 
-/// Reads `sha256sum` output ("HASH  NAME" lines; a leading backslash marks a name with "\\n"
-/// and "\\\\" escapes) into Hashes.
-void ParseContentHashes(const std::string& Output, std::map<std::string, std::string>& Hashes);
-
 }  // namespace hestrel

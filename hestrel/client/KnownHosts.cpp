@@ -9,7 +9,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "client/ClientErrors.h"
 #include "client/Session.h"
@@ -53,10 +52,8 @@ int FirstDamagedLine(const std::string& File, int& Errno) {
     Errno = errno;
     return Errno == ENOENT ? 0 : -1;
   }
-  std::stringstream Text;
-  Text << In.rdbuf();
   std::string Line;
-  for (int Number = 1; std::getline(Text, Line); ++Number) {
+  for (int Number = 1; std::getline(In, Line); ++Number) {
     const std::size_t First = Line.find_first_not_of(" \t\r\v\f");
     if (First == std::string::npos || Line[First] == '#' || Line[First] == '@') continue;
     ssh_knownhosts_entry* Entry = nullptr;
@@ -110,16 +107,14 @@ std::string CheckKnownHostsFile(const std::string& KnownHostsFile, const std::st
                                                       static_cast<std::int64_t>(Port)});
 }
 
-std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port,
-                          const std::string& KnownHostsFile) {
+std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port, const std::string& KnownHostsFile) {
   // The key is checked against the product's file only, never against one libssh chose.
   if (const std::string Used = OptionInUse(Session, SSH_OPTIONS_KNOWNHOSTS); Used != KnownHostsFile)
     return Format(sErrKnownHostsFile, {KnownHostsFile, "libssh would use '" + Used + "' instead"});
   if (const std::string Used = OptionInUse(Session, SSH_OPTIONS_GLOBAL_KNOWNHOSTS); Used != NoGlobalFile)
     return Format(sErrKnownHostsFile, {KnownHostsFile, "libssh would also read '" + Used + "'"});
   switch (ssh_session_is_known_server(Session)) {
-    case SSH_KNOWN_HOSTS_OK:
-      return "";
+    case SSH_KNOWN_HOSTS_OK: return "";
     case SSH_KNOWN_HOSTS_CHANGED:
     case SSH_KNOWN_HOSTS_OTHER:  // a key of another type was recorded: also a change
       return Format(sErrHostKeyChanged, {Host, static_cast<std::int64_t>(Port), KnownHostsFile});
@@ -129,8 +124,7 @@ std::string VerifyHostKey(ssh_session Session, const std::string& Host, int Port
         return Format(sErrHostKeyCheck, {Host, static_cast<std::int64_t>(Port), Error});
       return "";
     case SSH_KNOWN_HOSTS_ERROR:
-    default:
-      return Format(sErrHostKeyCheck, {Host, static_cast<std::int64_t>(Port), SessionError(Session)});
+    default: return Format(sErrHostKeyCheck, {Host, static_cast<std::int64_t>(Port), SessionError(Session)});
   }
 }
 

@@ -11,8 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -99,7 +97,7 @@ std::string ResolveLinkTarget(std::string_view LinkDirectory, std::string_view T
 }
 
 bool IsWithinTree(std::string_view Tree, std::string_view Path) {
-  if (Tree == "/" ) return !Path.empty() && Path.front() == '/';
+  if (Tree == "/") return !Path.empty() && Path.front() == '/';
   if (Path.substr(0, Tree.size()) != Tree) return false;
   return Path.size() == Tree.size() || Path[Tree.size()] == '/';
 }

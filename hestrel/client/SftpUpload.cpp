@@ -32,24 +32,9 @@ std::string UploadTarget(const TUploadRequest& Request) {
   if (!Path.empty() && Path.front() == '/') return Path;
   // "~" is the login directory itself, as in ListFiles; anything else relative starts in the agent's.
   const bool Home = Path == "~" || Path.compare(0, 2, "~/") == 0;
-  std::vector<std::string> Parts;
-  for (const std::string& Part : {std::string(Home ? "" : AgentDirectory), Path.substr(Home ? 1 : 0)}) {
-    std::size_t Begin = 0;
-    while (Begin <= Part.size()) {
-      const std::size_t End = std::min(Part.find('/', Begin), Part.size());
-      const std::string Component = Part.substr(Begin, End - Begin);
-      Begin = End + 1;
-      if (Component == "..") {
-        if (Parts.empty()) return "";  // above the login directory
-        Parts.pop_back();
-      } else if (!Component.empty() && Component != ".") {
-        Parts.push_back(Component);
-      }
-    }
-  }
-  std::string Target;
-  for (const std::string& Part : Parts) Target += (Target.empty() ? "" : "/") + Part;
-  return Target;
+  // "" when it climbs above the login directory, and for the login directory itself.
+  const std::string Target = ResolveLinkTarget(Home ? "" : AgentDirectory, Home ? "." + Path.substr(1) : Path);
+  return Target == "." ? "" : Target;
 }
 
 namespace {
@@ -75,12 +60,16 @@ std::string TempNameFor(const std::string& Target) {
   return Dir + TemporaryName(Slash == std::string::npos ? Target : Target.substr(Slash + 1));
 }
 
+/// The directory of a remote path ("." for a bare name, "/" for one at the top).
+std::string DirectoryOf(const std::string& Path) {
+  const auto Slash = Path.find_last_of('/');
+  return Slash == std::string::npos ? "." : Slash == 0 ? "/" : Path.substr(0, Slash);
+}
+
 /// A failed remote write: "disk full" when the remote file system says it has no room.
 std::string WriteErrorText(TUpload& U) {
   if (sftp_get_error(U.Sftp) == SSH_FX_FAILURE && sftp_extension_supported(U.Sftp, "statvfs@openssh.com", "2")) {
-    const auto Slash = U.Target.find_last_of('/');
-    const std::string Dir = Slash == std::string::npos ? "." : Slash == 0 ? "/" : U.Target.substr(0, Slash);
-    if (sftp_statvfs_t Fs = sftp_statvfs(U.Sftp, Dir.c_str())) {
+    if (sftp_statvfs_t Fs = sftp_statvfs(U.Sftp, DirectoryOf(U.Target).c_str())) {
       const bool Full = Fs->f_bavail == 0;
       sftp_statvfs_free(Fs);
       if (Full) return Format(sErrRemoteDiskFull, {U.Target});
@@ -164,7 +153,8 @@ bool ReplaceByCommand(TUpload& U, bool& Started) {
   if (Moved.Err.find("ermission denied") != std::string::npos || Moved.Err.find("not permitted") != std::string::npos)
     U.Error = Format(sErrRemotePermission, {U.Target});
   else
-    U.Error = Format(sErrRemoteIo, {U.Target, Moved.Err.empty() ? "mv failed" : Moved.Err.substr(0, Moved.Err.find('\n'))});
+    U.Error =
+        Format(sErrRemoteIo, {U.Target, Moved.Err.empty() ? "mv failed" : Moved.Err.substr(0, Moved.Err.find('\n'))});
   return false;
 }
 
@@ -174,7 +164,8 @@ bool ReplaceByCommand(TUpload& U, bool& Started) {
 /// rename over a file): remove it, then rename.
 bool Finish(TUpload& U) {
   const timeval Times[2] = {{U.Info.st_atim.tv_sec, 0}, {U.Info.st_mtim.tv_sec, 0}};
-  if (sftp_utimes(U.Sftp, U.Temp.c_str(), Times) != 0 || sftp_chmod(U.Sftp, U.Temp.c_str(), U.Info.st_mode & 0777) != 0) {
+  if (sftp_utimes(U.Sftp, U.Temp.c_str(), Times) != 0 ||
+      sftp_chmod(U.Sftp, U.Temp.c_str(), U.Info.st_mode & 0777) != 0) {
     U.Error = RemoteErrorText(U.Sftp, U.Target);
     return false;
   }
@@ -186,12 +177,6 @@ bool Finish(TUpload& U) {
   if (sftp_rename(U.Sftp, U.Temp.c_str(), U.Target.c_str()) == 0) return true;
   U.Error = RemoteErrorText(U.Sftp, U.Target);
   return false;
-}
-
-/// The directory of a remote path ("." for a bare name, "/" for one at the top).
-std::string DirectoryOf(const std::string& Path) {
-  const auto Slash = Path.find_last_of('/');
-  return Slash == std::string::npos ? "." : Slash == 0 ? "/" : Path.substr(0, Slash);
 }
 
 /// A relative target lies in the agent's own directories: those missing are made (0700).

@@ -79,10 +79,9 @@ void CloseFrom(int Lowest) {
   ::_exit(127);
 }
 
-}  // namespace
-
-bool ClientMayPass(std::string_view Name) { return Name == "LANG" || Name.starts_with("LC_"); }
-
+/// A command's environment: of the server's own, only PATH, HOME, USER, LOGNAME, SHELL, LANG,
+/// LC_* and TZ (so an operator's agent socket or tokens never reach a client), then Client
+/// (later entries win).
 std::vector<std::string> CommandEnvironment(const TEnvironment& Client) {
   std::map<std::string, std::string> Merged;
   for (char** Entry = environ; *Entry != nullptr; ++Entry) {
@@ -96,6 +95,10 @@ std::vector<std::string> CommandEnvironment(const TEnvironment& Client) {
   for (const auto& [Name, Value] : Merged) Result.push_back(Name + "=" + Value);
   return Result;
 }
+
+}  // namespace
+
+bool ClientMayPass(std::string_view Name) { return Name == "LANG" || Name.starts_with("LC_"); }
 
 bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Client, TChildProcess& Child,
                 std::string& Error) {

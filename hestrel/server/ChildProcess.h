@@ -25,15 +25,11 @@ struct TChildProcess {
 /// itself sends none; a launch passes its variables on the command line).
 bool ClientMayPass(std::string_view Name);
 
-/// A command's environment: of the server's own, only PATH, HOME, USER, LOGNAME, SHELL, LANG,
-/// LC_* and TZ (so an operator's agent socket or tokens never reach a client), then Client
-/// (later entries win).
-std::vector<std::string> CommandEnvironment(const TEnvironment& Client);
-
-/// Starts Argv[0] (a path) with Argv and CommandEnvironment(Client) in the current directory,
-/// as the leader of a new session: no controlling terminal, a process group of its own (so
-/// that a hang-up or shutdown can signal everything it started), every signal at its default
-/// and none blocked, and no descriptor of the server but its three pipes (close_range, else
+/// Starts Argv[0] (a path) with Argv in the current directory, in a clean environment (of the
+/// server's own only PATH, HOME, USER, LOGNAME, SHELL, LANG, LC_* and TZ, so an operator's
+/// agent socket or tokens never reach a client; then Client's, which win), as the leader of a new session: no
+/// controlling terminal, a process group of its own (so that a hang-up or shutdown can signal everything it started),
+/// every signal at its default and none blocked, and no descriptor of the server but its three pipes (close_range, else
 /// each descriptor closed in turn). False with Error when it cannot start; a program that
 /// cannot be executed exits with status 127 and the reason on its stderr.
 bool SpawnChild(const std::vector<std::string>& Argv, const TEnvironment& Client, TChildProcess& Child,
