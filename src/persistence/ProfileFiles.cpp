@@ -72,9 +72,10 @@ bool TRemoteProfileManager::LoadProfileFile(const std::string& FileName, std::st
   std::error_code Ignored;
   // A profile saved before ZEPHPROFILESDIR was set is still read from the application-data
   // directory, so setting the variable never hides it; its next save moves it.
-  if (FileName.empty() && !Target.empty() && !std::filesystem::exists(Target, Ignored) &&
-      ProfilesDirectory() != AppDataDirectory())
-    Target = AppDataDirectory() + ProfileName + kProfileFileExtension;
+  if (FileName.empty() && !Target.empty() && !std::filesystem::exists(Target, Ignored)) {
+    const std::string AppData = AppDataDirectory();  // "": no directory, so no file to fall back on
+    if (!AppData.empty()) Target = AppData + ProfileName + kProfileFileExtension;
+  }
   if (Target.empty() || !std::filesystem::exists(Target, Ignored)) return false;
   if (!Profile->ReadProfileSettings(Target)) return false;
 
