@@ -49,9 +49,7 @@ int Ensure(TAppContext& C, const TProjectArgs& A) {
   const std::string Platform = A.Platform.empty() ? P->GetCurrentPlatform() : A.Platform;
   std::string Message;
   TRemoteProfileManager& Live = *C.Live();
-  const std::uint8_t Missing = A.ForCompile         ? Live.EnsureProfileForCompile(P, Platform, Message)
-                               : A.Platform.empty() ? Live.EnsureProfileForRun(P, Message)
-                                                    : Live.EnsureProfile(P, Platform, false, Message);
+  const std::uint8_t Missing = Live.EnsureProfile(P, Platform, A.ForCompile, Message);
   if (Missing != 0) {
     C.Error(TerminalText(Message));
     return ExitFailed;
