@@ -8,12 +8,7 @@
 
 namespace {
 
-TMsgDlgBtn Show(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons, TMsgDlgBtn Unanswered) {
-  const auto& Messages = HostServices().Messages;
-  return Messages ? Messages->MessageDlg(Text, Kind, Buttons) : Unanswered;
-}
-
-void ShowError(const char* Text) { Show(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}, TMsgDlgBtn::mbOK); }
+void ShowError(const char* Text) { ShowMessageDlg(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
 
 /// Whether the project is compiled for (Config, Platform), or was compiled now because the
 /// user agreed; the reasons it is not are shown.
@@ -22,8 +17,8 @@ bool CompiledForDeploy(IOTAProjectDeployment& Deployment, const std::string& Con
     case 1:
     case 2: {
       // Without a host to ask, nothing is compiled unasked.
-      const bool Compiled = Show(sDeployMustCompile, TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo},
-                                 TMsgDlgBtn::mbNo) == TMsgDlgBtn::mbYes &&
+      const bool Compiled = ShowMessageDlg(sDeployMustCompile, TMsgDlgType::mtConfirmation,
+                                           {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) == TMsgDlgBtn::mbYes &&
                             Deployment.GetCompileState("", "") == 0;
       if (!Compiled) ShowError(sDeployCompileFailed);
       return Compiled;
@@ -53,8 +48,7 @@ bool TRemoteProfileManager::CanDeployProject(const IOTAProjectPtr& Project, cons
   const bool Deployable = dynamic_cast<IOTAProjectDeployment*>(Project.get()) != nullptr;
   const std::string Current = Project->GetCurrentPlatform();
   // Apple device and simulator targets are deployed through a Mac profile.
-  if (ParentPlatform(Current) != Current)
-    return Profile && Deployable && Profile->GetPlatformName() == "OSX32";
+  if (ParentPlatform(Current) != Current) return Profile && Deployable && Profile->GetPlatformName() == "OSX32";
   if (!Profile) return false;
   const IOTAProjectPlatformsPtr Platforms = Project->GetProjectPlatforms();
   const std::string ProfilePlatform = Profile->GetPlatformName();

@@ -13,6 +13,12 @@ const THostServices& HostServices() { return Installed(); }
 
 THostServices SetHostServices(THostServices Services) { return std::exchange(Installed(), std::move(Services)); }
 
+TMsgDlgBtn ShowMessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
+  const IOTAMessageServicesPtr& Messages = Installed().Messages;
+  if (!Messages) return Buttons.empty() ? TMsgDlgBtn::mbOK : Buttons.back();
+  return Messages->MessageDlg(Text, Kind, Buttons);
+}
+
 TRAClientFactory* TRAClientFactory::GetInstance() { return Installed().AgentLibrary.get(); }
 
 std::string Encrypt(const std::string& Password) {

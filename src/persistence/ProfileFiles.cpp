@@ -21,11 +21,6 @@ std::string NameFromFileName(const std::string& FileName) {
   return Dot == std::string::npos ? Name : Name.substr(0, Dot);
 }
 
-TMsgDlgBtn Ask(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons, TMsgDlgBtn Unanswered) {
-  const auto& Messages = HostServices().Messages;
-  return Messages ? Messages->MessageDlg(Text, Kind, Buttons) : Unanswered;
-}
-
 }  // namespace
 
 std::string TRemoteProfileManager::GetProfileFileName(const std::string& ProfileName) {
@@ -84,11 +79,11 @@ bool TRemoteProfileManager::LoadProfileFile(const std::string& FileName, std::st
   if (ProfileName.empty()) ProfileName = NameFromFileName(Target);
   std::string Message;
   switch (InternalValidateProfileName(ProfileName, Message)) {
-    case pnveBadFileName: Ask(Message, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}, TMsgDlgBtn::mbOK); return false;
+    case pnveBadFileName: ShowMessageDlg(Message, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); return false;
     case pnveDuplicate:
       // Without a host to ask, nothing is overwritten (docs/DECISIONS.md).
-      if (Confirm && Ask(Format(sConfirmImportOverwrite, {Message}), TMsgDlgType::mtConfirmation,
-                         {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}, TMsgDlgBtn::mbNo) == TMsgDlgBtn::mbNo)
+      if (Confirm && ShowMessageDlg(Format(sConfirmImportOverwrite, {Message}), TMsgDlgType::mtConfirmation,
+                                    {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) == TMsgDlgBtn::mbNo)
         return false;
       break;
     case pnveNone: break;

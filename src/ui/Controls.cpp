@@ -192,8 +192,7 @@ bool TForm::Dispatch(const std::function<void()>& Handler) {
     // The silent abort: the user action ends here, without a message.
   } catch (const std::exception& Error) {
     // As the host's application handler does for an error no handler caught.
-    if (const auto& Messages = HostServices().Messages)
-      Messages->MessageDlg(Error.what(), TMsgDlgType::mtError, {TMsgDlgBtn::mbOK});
+    ShowMessageDlg(Error.what(), TMsgDlgType::mtError, {TMsgDlgBtn::mbOK});
   }
   UpdateActions();
   return Completed;

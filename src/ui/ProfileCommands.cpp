@@ -17,20 +17,9 @@ bool IsWindowsPlatform(const std::string& PlatformName) {
   return PlatformName == "Win32" || PlatformName == "Win64";
 }
 
-TMsgDlgBtn Ask(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
-  return ShowMessageDlg(Text, Kind, Buttons);
-}
-
-void ShowError(const std::string& Text) { Ask(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
+void ShowError(const std::string& Text) { ShowMessageDlg(Text, TMsgDlgType::mtError, {TMsgDlgBtn::mbOK}); }
 
 }  // namespace
-
-TMsgDlgBtn ShowMessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons) {
-  const IOTAMessageServicesPtr& Messages = HostServices().Messages;
-  // Without a message box nobody can answer: the safe answer is the last button (No/OK).
-  if (!Messages) return Buttons.empty() ? TMsgDlgBtn::mbOK : Buttons.back();
-  return Messages->MessageDlg(Text, Kind, Buttons);
-}
 
 void LoadHistory(TControl& Combo) {
   IOTAUserInterfaceServices* Ui = HostUi();
@@ -158,8 +147,8 @@ TRenameResult RenameProfile(TRemoteProfileManager& Manager, const IOTARemoteProf
 bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, TRenameMap& Renames) {
   if (!Profile) return false;
   const std::string Name = Profile->GetName();
-  if (Ask(Format(sDeleteProfileQuestion, {Name}), TMsgDlgType::mtConfirmation, {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) !=
-      TMsgDlgBtn::mbYes)
+  if (ShowMessageDlg(Format(sDeleteProfileQuestion, {Name}), TMsgDlgType::mtConfirmation,
+                     {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
     return false;
   Renames.Deleted(Name);
   Manager.RemoveProfile(Profile);
@@ -169,8 +158,9 @@ bool DeleteProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& P
 bool ExportProfile(TRemoteProfileManager& Manager, const IOTARemoteProfilePtr& Profile, std::string& FileName) {
   if (!Profile || FileName.empty()) return false;
   if (!std::filesystem::path(FileName).has_extension()) FileName += ".profile";
-  if (std::filesystem::exists(FileName) && Ask(Format(sHostFileOverwrite, {FileName}), TMsgDlgType::mtConfirmation,
-                                               {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
+  if (std::filesystem::exists(FileName) &&
+      ShowMessageDlg(Format(sHostFileOverwrite, {FileName}), TMsgDlgType::mtConfirmation,
+                     {TMsgDlgBtn::mbYes, TMsgDlgBtn::mbNo}) != TMsgDlgBtn::mbYes)
     return false;
   Manager.SaveProfile(Profile, FileName);
   return true;

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "core/RemoteProfileManager.h"
-#include "host/MessageBox.h"
+#include "host/HostServices.h"
 #include "ui/Controls.h"
 
 /// The host's Trim: leading and trailing characters up to and including the blank removed.
@@ -37,8 +37,6 @@ class TPlatformCombo : public TControl {
   std::vector<std::string> FPlatforms;
 };
 
-/// The host's message box; without one, the last button offered (the safe No / OK).
-TMsgDlgBtn ShowMessageDlg(const std::string& Text, TMsgDlgType Kind, const TMsgDlgButtons& Buttons);
 /// A combo box with a history list: its items from the host's list, and its text added to it.
 void LoadHistory(TControl& Combo);
 void AddToHistory(TControl& Combo);
