@@ -41,6 +41,19 @@ TWaitCursor::~TWaitCursor() {
   if (IOTAUserInterfaceServices* Ui = HostUi()) Ui->SetWaitCursor(false);
 }
 
+void ShowConnectionTest(IOTARemoteProfileServices& Services, const IOTARemoteProfilePtr& Profile) {
+  std::string ErrorMessage;
+  bool Connected = false;
+  {
+    TWaitCursor Wait;
+    Connected = Services.TestConnection(Profile, ErrorMessage, nullptr);
+  }
+  ShowMessageDlg(Connected
+                     ? Format(sConnectionSucceeded, {Profile->GetHostName(), std::int64_t{Profile->GetPortNumber()}})
+                     : ErrorMessage,
+                 TMsgDlgType::mtInformation, {TMsgDlgBtn::mbOK});
+}
+
 std::string TrimText(const std::string& Text) {
   std::size_t First = 0;
   std::size_t Last = Text.size();

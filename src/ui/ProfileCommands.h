@@ -50,6 +50,10 @@ class TWaitCursor {
   TWaitCursor& operator=(const TWaitCursor&) = delete;
 };
 
+/// Tests Profile's connection under the wait cursor, then tells the outcome: that it succeeded,
+/// with the profile's host and port, or why it failed.
+void ShowConnectionTest(IOTARemoteProfileServices& Services, const IOTARemoteProfilePtr& Profile);
+
 /// The wizard's `PlatformComboSelect`: the state of "Set as default for the selected platform".
 enum class TDefaultCheck {
   Hidden,    ///< "Win32" / "Win64": unchecked, disabled, hidden

@@ -471,17 +471,7 @@ void TRemoteProfilePage::SetSelectedAsDefault() {
 void TRemoteProfilePage::TestConnectionActionExecute() {
   CommitProperties();
   const IOTARemoteProfilePtr Profile = SelectedProfile();
-  if (!Profile) return;
-  std::string ErrorMessage;
-  bool Connected = false;
-  {
-    TWaitCursor Wait;
-    Connected = FProfileManager->TestConnection(Profile, ErrorMessage, nullptr);
-  }
-  ShowMessageDlg(Connected
-                     ? Format(sConnectionSucceeded, {Profile->GetHostName(), std::int64_t{Profile->GetPortNumber()}})
-                     : ErrorMessage,
-                 TMsgDlgType::mtInformation, {TMsgDlgBtn::mbOK});
+  if (Profile) ShowConnectionTest(*FProfileManager, Profile);
 }
 
 void TRemoteProfilePage::PullRemoteFilesActionExecute() {

@@ -220,14 +220,7 @@ void TRemoteProfileWizardHost::TestButtonClick() {
   const auto Entered =
       std::make_shared<TRemoteProfile>(Profile.GetName(), Profile.GetPlatformName(), HostName, Port, Credential, "",
                                        TOTARemoteProfilePathArray(), nullptr, nullptr, nullptr);
-  std::string ErrorMessage;
-  bool Connected = false;
-  {
-    TWaitCursor Wait;
-    Connected = Profile.Services()->TestConnection(Entered, ErrorMessage, nullptr);
-  }
-  ShowMessageDlg(Connected ? Format(sConnectionSucceeded, {HostName, std::int64_t{Port}}) : ErrorMessage,
-                 TMsgDlgType::mtInformation, {TMsgDlgBtn::mbOK});
+  ShowConnectionTest(*Profile.Services(), Entered);
 }
 
 // ---- TRemoteProfileWizard -----------------------------------------------------------------
