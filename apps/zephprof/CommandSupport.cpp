@@ -9,16 +9,7 @@
 #include "host/HostServices.h"
 #include "hosts/linux/LocalRoot.h"
 #include "persistence/DefaultSdkPaths.h"
-
-std::string PathTypeName(TOTAPathItemType Type) {
-  switch (Type) {
-    case ptIncludePath: return "include";
-    case ptLibraryPath: return "library";
-    case ptFramework: return "framework";
-    case ptOtherPath: return "other";
-  }
-  return std::to_string(static_cast<int>(Type));
-}
+#include "ui/ProfileCommands.h"
 
 bool ParsePathType(const std::string& Text, TOTAPathItemType& Type) {
   for (int Value = 0; Value <= 3; ++Value) {

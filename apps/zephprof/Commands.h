@@ -19,8 +19,6 @@ void AddRemoteCommands(CLI::App& App, TAction& Action);   // test update-cache p
 void AddDeployCommands(CLI::App& App, TAction& Action);   // ensure assign deploy env-file (CmdDeploy.cpp)
 
 // ---- shared by the commands (CommandSupport.cpp) ----------------------------------------
-/// "include", "library", "framework", "other" (types 0 to 3), else the number.
-std::string PathTypeName(TOTAPathItemType Type);
 /// A type by name or number 0 to 3; false when it names none.
 bool ParsePathType(const std::string& Text, TOTAPathItemType& Type);
 /// A platform the platform combo offers; reports a usage error naming the choices otherwise.

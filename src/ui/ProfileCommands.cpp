@@ -41,6 +41,16 @@ TWaitCursor::~TWaitCursor() {
   if (IOTAUserInterfaceServices* Ui = HostUi()) Ui->SetWaitCursor(false);
 }
 
+std::string PathTypeName(TOTAPathItemType Type) {
+  switch (Type) {
+    case ptIncludePath: return "include";
+    case ptLibraryPath: return "library";
+    case ptFramework: return "framework";
+    case ptOtherPath: return "other";
+  }
+  return std::to_string(static_cast<int>(Type));
+}
+
 void ShowConnectionTest(IOTARemoteProfileServices& Services, const IOTARemoteProfilePtr& Profile) {
   std::string ErrorMessage;
   bool Connected = false;

@@ -50,6 +50,10 @@ class TWaitCursor {
   TWaitCursor& operator=(const TWaitCursor&) = delete;
 };
 
+/// A path item type's name: "include", "library", "framework", "other" (types 0 to 3), else
+/// its number.
+std::string PathTypeName(TOTAPathItemType Type);
+
 /// Tests Profile's connection under the wait cursor, then tells the outcome: that it succeeded,
 /// with the profile's host and port, or why it failed.
 void ShowConnectionTest(IOTARemoteProfileServices& Services, const IOTARemoteProfilePtr& Profile);

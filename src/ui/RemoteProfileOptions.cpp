@@ -14,9 +14,7 @@ const char kPathItemExists[] = "The path item '%s' with the mask '%s' is already
 int StartupCount = 0;
 
 std::string PathItemText(const TOTARemoteProfilePathItem& Item) {
-  static const char* const Kinds[] = {"include", "library", "framework", "other"};
-  const std::string Kind = Item.Type <= ptOtherPath ? Kinds[Item.Type] : std::to_string(int{Item.Type});
-  return Kind + "  " + Item.Path + "  " + Item.Mask + (Item.IncludeSubDir ? "  subdirs" : "");
+  return PathTypeName(Item.Type) + "  " + Item.Path + "  " + Item.Mask + (Item.IncludeSubDir ? "  subdirs" : "");
 }
 
 /// The platform SDK of the page's cache update: the profile's own local root and path items,
