@@ -284,12 +284,6 @@ QtHost::TQtUserInterface::TViewFactory Make() {
   return [](TForm& Form, QWidget* Parent) { return std::make_unique<TView>(Form, Parent); };
 }
 
-std::vector<std::string> PageClasses() {
-  std::vector<std::string> Classes;
-  TRemoteProfileAddInEnvironmentOptions().CustomizeDialog(Classes);
-  return Classes;
-}
-
 /// Hears whether a working copy changed.
 class TChangeFlag : public IOTARemoteProfileNotifier {
  public:
@@ -369,7 +363,7 @@ TRemoteProfilePageView::TRemoteProfilePageView(TRemoteProfilePage& Page, QWidget
 }
 
 TOptionsWindow::TOptionsWindow(TGuiStore& Store, QWidget* Parent)
-    : QDialog(Parent), FStore(Store), FDialog(PageClasses()) {
+    : QDialog(Parent), FStore(Store), FDialog(AddInPageClasses()) {
   FPage = &dynamic_cast<TRemoteProfilePage&>(*FDialog.Pages().at(0));
   FDialog.Show();
   setWindowTitle(QStringLiteral("Environment Options"));

@@ -4,17 +4,7 @@
 #include "core/Text.h"
 #include "ui/RemoteProfileAddInOptions.h"
 
-namespace {
-
-std::vector<std::string> PageClasses() {
-  std::vector<std::string> Classes;
-  TRemoteProfileAddInEnvironmentOptions().CustomizeDialog(Classes);
-  return Classes;
-}
-
-}  // namespace
-
-TOptionsSession::TOptionsSession(TAppContext& Context) : FContext(Context), FDialog(PageClasses()) {
+TOptionsSession::TOptionsSession(TAppContext& Context) : FContext(Context), FDialog(AddInPageClasses()) {
   FPage = &dynamic_cast<TRemoteProfilePage&>(*FDialog.Pages().at(0));
   FDialog.Show();
 }

@@ -15,3 +15,6 @@ class TRemoteProfileAddInEnvironmentOptions {
   std::string GetCaption() const { return "Connection Profile Manager"; }
   std::string GetArea() const { return "Environment Options"; }
 };
+
+/// The page classes an options dialog makes for "Environment Options" (CustomizeDialog's).
+std::vector<std::string> AddInPageClasses();
