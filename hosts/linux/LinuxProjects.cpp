@@ -152,9 +152,9 @@ std::shared_ptr<TLinuxProjectServices> TLinuxProjectServices::OpenGroup(const st
   pugi::xml_document Document;
   const pugi::xml_parse_result Parsed = Document.load_buffer(Text.data(), Text.size());
   if (!In || !Parsed || !Document.child("Project")) {
-    const auto Line = std::count(Text.begin(), Text.begin() + std::min<std::size_t>(Parsed.offset, Text.size()), '\n');
     Error = !In ? "Cannot read project group '" + FileName + "'"
-                : "Project group '" + FileName + "', line " + std::to_string(Line + 1) + ": " +
+                : "Project group '" + FileName + "', line " +
+                      std::to_string(LinuxHost::LineAt(Text, static_cast<std::size_t>(Parsed.offset))) + ": " +
                       (Parsed ? "no <Project> element" : Parsed.description());
     return nullptr;
   }

@@ -5,6 +5,8 @@
 #include <pugixml.hpp>
 #include <sstream>
 
+#include "hosts/linux/EnvFileXml.h"
+
 namespace LinuxHost {
 namespace {
 
@@ -25,27 +27,17 @@ std::string DefaultProperty(const pugi::xml_node& Project, const std::string& Na
 
 /// An attribute value as written between Quote characters.
 std::string AttributeText(const std::string& Value, char Quote) {
-  std::string Out;
-  for (char C : Value) {
-    if (C == '&')
-      Out += "&amp;";
-    else if (C == '<')
-      Out += "&lt;";
-    else if (C == Quote)
-      Out += Quote == '"' ? "&quot;" : "&apos;";
-    else if (C == '\t' || C == '\n' || C == '\r')
-      Out += "&#" + std::to_string(static_cast<int>(C)) + ";";
-    else if (static_cast<unsigned char>(C) >= 0x20 && C != 0x7F)
-      Out += C;
-  }
+  std::string Out = XmlEscape(Value);
+  if (Quote == '\'')
+    for (std::size_t At = 0; (At = Out.find('\'', At)) != std::string::npos; At += 6) Out.replace(At, 1, "&apos;");
   return Out;
 }
+
+}  // namespace
 
 std::size_t LineAt(const std::string& Text, std::size_t Offset) {
   return 1 + static_cast<std::size_t>(std::count(Text.begin(), Text.begin() + std::min(Offset, Text.size()), '\n'));
 }
-
-}  // namespace
 
 bool TMSBuildProjectFile::Load(const std::string& FileName, std::string& Error) {
   std::ifstream In(FileName, std::ios::binary);

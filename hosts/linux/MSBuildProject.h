@@ -43,4 +43,7 @@ class TMSBuildProjectFile {
   std::vector<TPlatformEntry> FEntries;
 };
 
+/// The line (from 1) of Text that holds the byte at Offset (a parser's error position).
+std::size_t LineAt(const std::string& Text, std::size_t Offset);
+
 }  // namespace LinuxHost
